@@ -1,0 +1,26 @@
+# nuvrel_area(<folder> <link deps...>): a static library `nuvrel_<folder>` from the
+# .cpp files under src/<folder>, so that the build lists exactly the files that exist.
+function(nuvrel_area name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${name}/*.cpp")
+  if(sources)
+    add_library(nuvrel_${name} STATIC ${sources})
+    target_include_directories(nuvrel_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(nuvrel_${name} PUBLIC ${ARGN})
+  else()
+    add_library(nuvrel_${name} INTERFACE)
+    target_include_directories(nuvrel_${name} INTERFACE "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(nuvrel_${name} INTERFACE ${ARGN})
+  endif()
+endfunction()
+
+# nuvrel_tests(<folder> <link deps...>): one test binary per folder under tests/.
+function(nuvrel_tests name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${name}/*.cpp")
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name}_tests ${sources})
+  target_include_directories(${name}_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${name}_tests PRIVATE ${ARGN} nuvrel_test_support GTest::gtest GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name}_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the project builds with (only those missing),
+# then configures and builds the given preset. Quick and silent the second time.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+preset=${NUVREL_PRESET:-default}
+
+packages=(
+  g++ cmake ninja-build pkg-config
+  libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
+  libpoppler-cpp-dev libcpp-httplib-dev
+  libgtest-dev libgmock-dev libbenchmark-dev
+)
+
+missing_packages() {
+  local p status
+  for p in "${packages[@]}"; do
+    status=$(dpkg-query -W -f='${db:Status-Status}' "$p" 2>/dev/null || true)
+    [ "$status" = installed ] || printf '%s\n' "$p"
+  done
+}
+
+install_missing() {
+  local missing
+  mapfile -t missing < <(missing_packages)
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Installing: ${missing[*]}" >&2
+  local sudo=()
+  [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+  "${sudo[@]}" apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
+
+build() {
+  cd "$root"
+  if [ ! -f "build/$preset/build.ninja" ]; then
+    cmake --preset "$preset" >&2
+  fi
+  cmake --build --preset "$preset" >&2
+}
+
+install_missing
+build
