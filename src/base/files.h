@@ -1,0 +1,19 @@
+#pragma once
+// Whole-file reads and atomic writes: a reader never sees half a file, and a crash in the
+// middle of a write leaves the old file in place.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nuvrel::base {
+
+// The file's bytes, or nothing when it cannot be read.
+std::optional<std::string> readFile(const std::filesystem::path& path);
+
+// Writes through a temporary file in the same folder, flushed and renamed over the target.
+// Creates missing parent folders. Throws std::filesystem::filesystem_error on failure.
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
+
+}  // namespace nuvrel::base
