@@ -1,0 +1,161 @@
+#include "core/capability_result.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+#include <unordered_set>
+
+#include "core/action_plan.h"
+#include "core/pipeline_outcome.h"
+#include "core/validation_outcome.h"
+
+namespace nuvrel::core {
+namespace {
+
+using R = CapabilityResult;
+
+TEST(CapabilityResult, CaseNumbersAndNamesFollowTheDeclaredOrder) {
+    const std::vector<std::pair<CapabilityResult, std::string_view>> cases{
+        {R::Files{}, "files"},
+        {R::Events{}, "events"},
+        {R::MessageDraft{}, "messageDraft"},
+        {R::MessageSent{}, "messageSent"},
+        {R::NowPlaying{}, "nowPlaying"},
+        {R::WebAnswer{}, "webAnswer"},
+        {R::Empty{}, "empty"},
+        {R::NeedsPermission{}, "needsPermission"},
+        {R::TimerSet{}, "timerSet"},
+        {R::TimerCancelled{}, "timerCancelled"},
+        {R::Calculation{}, "calculation"},
+        {R::CurrencyConversion{}, "currencyConversion"},
+        {R::Weather{}, "weather"},
+        {R::AppLaunched{}, "appLaunched"},
+        {R::DocumentSummary{}, "documentSummary"},
+        {R::SystemCommandExecuted{}, "systemCommandExecuted"},
+        {R::ScreenshotTaken{}, "screenshotTaken"},
+        {R::ClipboardHistory{}, "clipboardHistory"},
+        {R::DeleteFileConfirmation{}, "deleteFileConfirmation"},
+        {R::CalendarDeleteConfirmation{}, "calendarDeleteConfirmation"},
+        {R::CalendarEventDeleted{}, "calendarEventDeleted"},
+        {R::FileDeleted{}, "fileDeleted"},
+        {R::ReminderSet{}, "reminderSet"},
+        {R::ReminderDeleteConfirmation{}, "reminderDeleteConfirmation"},
+        {R::ReminderDeleted{}, "reminderDeleted"},
+        {R::NoteDeleteConfirmation{}, "noteDeleteConfirmation"},
+        {R::NoteDeleted{}, "noteDeleted"},
+        {R::WindowArranged{}, "windowArranged"},
+        {R::NoteSaved{}, "noteSaved"},
+        {R::Translation{}, "translation"},
+        {R::HelpOverview{}, "helpOverview"},
+    };
+    ASSERT_EQ(cases.size(), CapabilityResult::caseCount);
+    for (std::size_t number = 0; number < cases.size(); ++number) {
+        EXPECT_EQ(cases[number].first.index(), number) << cases[number].second;
+        EXPECT_EQ(caseName(cases[number].first), cases[number].second);
+    }
+}
+
+TEST(CapabilityResult, CasesWithTheSamePayloadShapeStayApart) {
+    MessageDraft draft{"mom", std::nullopt, MessageDraft::Channel::sms, "home soon"};
+    CapabilityResult drafted = R::MessageDraft{draft};
+    CapabilityResult sent = R::MessageSent{draft};
+    EXPECT_TRUE(drafted.is<R::MessageDraft>());
+    EXPECT_FALSE(drafted.is<R::MessageSent>());
+    ASSERT_TRUE(sent.get<R::MessageSent>());
+    EXPECT_EQ(sent.get<R::MessageSent>()->draft, draft);
+    EXPECT_EQ(sent.get<R::MessageDraft>(), nullptr);
+
+    CapabilityResult listing = R::Events{{EventItem{.title = "Standup"}}, "Today"};
+    CapabilityResult deleting =
+        R::CalendarDeleteConfirmation{{EventItem{.title = "Standup"}}, "Today"};
+    EXPECT_EQ(caseName(listing), "events");
+    EXPECT_EQ(caseName(deleting), "calendarDeleteConfirmation");
+    EXPECT_EQ(deleting.get<R::CalendarDeleteConfirmation>()->events.at(0).title, "Standup");
+}
+
+TEST(ResultRecords, EqualityCoversOptionalFieldsAndWebSourcesHashByValue) {
+    NowPlaying playing{"Song", "Artist", std::nullopt, true, 12.0, 200.0, std::nullopt};
+    NowPlaying withArt = playing;
+    withArt.artworkData = std::vector<std::uint8_t>{0x89, 0x50};
+    EXPECT_NE(playing, withArt);
+    withArt.artworkData = std::vector<std::uint8_t>{};
+    EXPECT_NE(playing, withArt);  // empty artwork is still artwork
+
+    WebSource a{"Title", "example.com", "https://example.com/a"};
+    WebSource swapped{"example.com", "Title", "https://example.com/a"};
+    std::unordered_set<WebSource> sources{a, a, swapped, WebSource{a}};
+    EXPECT_EQ(sources.size(), 2u);
+    EXPECT_TRUE(sources.contains(WebSource{"Title", "example.com", "https://example.com/a"}));
+}
+
+TEST(ActionPlan, TheRecordNamesTheIntent) {
+    const std::vector<std::pair<ActionPlan, IntentID>> plans{
+        {FinderQuery{.keyword = "report"}, IntentID::finderSearch},
+        {CalendarRange{.dateRange = "today"}, IntentID::calendarQuery},
+        {MessageDraft{.recipientQuery = "mom", .body = "hi"}, IntentID::messageSend},
+        {MusicCommand{.action = MusicCommand::Action::pause}, IntentID::musicPlay},
+        {WebQuery{.query = "rust", .wantAnswer = true}, IntentID::webSearch},
+    };
+    for (const auto& [plan, intent] : plans) EXPECT_EQ(plan.intentID(), intent) << rawValue(intent);
+
+    ActionPlan plan = FinderQuery{.keyword = "report", .fileType = "pdf"};
+    ASSERT_TRUE(plan.get<FinderQuery>());
+    EXPECT_EQ(plan.get<FinderQuery>()->fileType, "pdf");
+    EXPECT_EQ(plan.get<WebQuery>(), nullptr);
+    EXPECT_EQ(plan, ActionPlan(FinderQuery{.keyword = "report", .fileType = "pdf"}));
+    EXPECT_NE(plan, ActionPlan(FinderQuery{.keyword = "report"}));
+    EXPECT_NE(ActionPlan(WebQuery{"x", true}), ActionPlan(WebQuery{"x", false}));
+}
+
+TEST(ValidationOutcome, CasesAndPayloadsTakePartInEquality) {
+    auto missing = ValidationOutcome::missingSlot(IntentID::messageSend, "recipient");
+    EXPECT_EQ(missing.kind(), ValidationOutcome::Kind::missingSlot);
+    ASSERT_TRUE(missing.asMissingSlot());
+    EXPECT_EQ(missing.asMissingSlot()->name, "recipient");
+    EXPECT_EQ(missing.asPlan(), nullptr);
+    EXPECT_EQ(missing, ValidationOutcome::missingSlot(IntentID::messageSend, "recipient"));
+    EXPECT_NE(missing, ValidationOutcome::missingSlot(IntentID::messageSend, "body"));
+    EXPECT_NE(missing, ValidationOutcome::missingSlot(IntentID::calendarAdd, "recipient"));
+
+    auto web = ValidationOutcome::fallbackWeb("weather tomorrow");
+    EXPECT_EQ(web.asFallbackWeb()->query, "weather tomorrow");
+    EXPECT_NE(web, ValidationOutcome::plan(WebQuery{"weather tomorrow", false}));
+    EXPECT_EQ(ValidationOutcome::plan(WebQuery{"q", true}).asPlan()->intentID(),
+              IntentID::webSearch);
+}
+
+TEST(PipelineOutcome, EachCaseCarriesItsOwnPayload) {
+    auto result = PipelineOutcome::result(R::Calculation{"4"});
+    EXPECT_EQ(result.kind(), PipelineOutcome::Kind::result);
+    ASSERT_TRUE(result.asResult());
+    EXPECT_EQ(result.asResult()->get<R::Calculation>()->display, "4");
+    EXPECT_EQ(result.asConfirm(), nullptr);
+
+    auto confirm = PipelineOutcome::confirm(MessageDraft{.recipientQuery = "mom", .body = "hi"});
+    EXPECT_EQ(confirm.kind(), PipelineOutcome::Kind::confirm);
+    EXPECT_EQ(confirm.asConfirm()->intentID(), IntentID::messageSend);
+    EXPECT_EQ(confirm.asResult(), nullptr);
+
+    auto error = PipelineOutcome::error(UserFacingError("Offline", "Connect", true));
+    EXPECT_EQ(*error.asError(), UserFacingError("Offline", "Connect", true));
+    EXPECT_FALSE(error.isCancelled());
+
+    auto cancelled = PipelineOutcome::cancelled();
+    EXPECT_TRUE(cancelled.isCancelled());
+    EXPECT_EQ(cancelled.asError(), nullptr);
+}
+
+TEST(UserFacingError, ThrownAsAnExceptionAndComparedByEveryField) {
+    try {
+        throw UserFacingError("No model", std::nullopt, false);
+    } catch (const std::exception& error) {
+        EXPECT_STREQ(error.what(), "No model");
+    }
+    const UserFacingError base("No model", "Download one", true);
+    EXPECT_NE(base, UserFacingError("No model", std::nullopt, true));
+    EXPECT_NE(base, UserFacingError("No model", "Download one", false));
+    EXPECT_NE(base, UserFacingError("No server", "Download one", true));
+}
+
+}  // namespace
+}  // namespace nuvrel::core
