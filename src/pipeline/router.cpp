@@ -1,0 +1,105 @@
+#include "pipeline/router.h"
+
+#include <nlohmann/json.hpp>
+#include <variant>
+
+#include "base/cancellation.h"
+#include "llm/llm_error.h"
+#include "pipeline/router_prompt.h"
+
+namespace nuvrel::pipeline {
+namespace {
+
+struct TransportFailure {};
+struct InvalidOutput {};
+struct InputTooLong {};
+using Attempt = std::variant<core::RoutedIntent, TransportFailure, InvalidOutput, InputTooLong>;
+
+Attempt attempt(llm::LLMBackend* backend, std::string_view system, std::string_view query,
+                std::string_view schema) {
+    if (backend == nullptr) return TransportFailure{};
+    std::string reply;
+    try {
+        reply = backend->complete(system, query, schema);
+    } catch (const llm::LLMError& error) {
+        if (error.kind() == llm::LLMError::Kind::inputTooLong) return InputTooLong{};
+        return TransportFailure{};
+    } catch (...) {
+        // A cancelled call included: the caller looks at the task's state before retrying,
+        // so the cancellation still ends the route as `cancelled`.
+        return TransportFailure{};
+    }
+
+    const auto object = Router::extractJSONObject(reply);
+    if (!object) return InvalidOutput{};
+    try {
+        return core::RoutedIntent::decode(*object);
+    } catch (const nlohmann::json::exception&) {
+        // DecodingError is one of these; so is anything nlohmann itself rejects.
+        return InvalidOutput{};
+    }
+}
+
+Router::Detailed failed(core::RouteFailure failure) {
+    return {core::RoutedIntent{}, failure};
+}
+
+}  // namespace
+
+Router::Detailed Router::routeDetailed(std::string_view query) const {
+    const std::string& system = RouterPrompt::system(interimPrompt, appLaunchIntent);
+    const std::string_view schema = RouterPrompt::schema(appLaunchIntent);
+
+    if (base::isCancelled()) return failed(core::RouteFailure::cancelled);
+
+    Attempt first = attempt(backend.get(), system, query, schema);
+    if (auto* routed = std::get_if<core::RoutedIntent>(&first)) return {std::move(*routed), {}};
+    if (std::holds_alternative<InputTooLong>(first))
+        return failed(core::RouteFailure::inputTooLong);
+    if (base::isCancelled()) return failed(core::RouteFailure::cancelled);
+
+    Attempt second = attempt(backend.get(), system, query, schema);
+    if (auto* routed = std::get_if<core::RoutedIntent>(&second)) return {std::move(*routed), {}};
+    if (std::holds_alternative<InputTooLong>(second))
+        return failed(core::RouteFailure::inputTooLong);
+    if (base::isCancelled()) return failed(core::RouteFailure::cancelled);
+    return failed(std::holds_alternative<TransportFailure>(second)
+                      ? core::RouteFailure::llmUnavailable
+                      : core::RouteFailure::invalidOutput);
+}
+
+core::RoutedIntent Router::route(std::string_view query) const {
+    return routeDetailed(query).routed;
+}
+
+std::optional<std::string> Router::extractJSONObject(std::string_view text) {
+    // Byte-wise is exact: '{', '}', '"' and '\\' are ASCII and never occur inside a UTF-8
+    // multibyte sequence, so ill-formed or foreign text cannot fake or hide one.
+    const std::size_t start = text.find('{');
+    if (start == std::string_view::npos) return std::nullopt;
+
+    std::size_t depth = 0;
+    bool inString = false;
+    bool escaped = false;
+    for (std::size_t i = start; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inString) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == '\\') {
+                escaped = true;
+            } else if (c == '"') {
+                inString = false;
+            }
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '{') {
+            ++depth;
+        } else if (c == '}') {
+            if (--depth == 0) return std::string(text.substr(start, i - start + 1));
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace nuvrel::pipeline
