@@ -1,0 +1,114 @@
+#include "app/json_settings_store.h"
+
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "base/diagnostics.h"
+#include "base/files.h"
+
+namespace nuvrel::app {
+
+namespace {
+
+nlohmann::json readObject(const std::filesystem::path& file) {
+    const auto bytes = base::readFile(file);
+    if (!bytes) return nlohmann::json::object();
+    auto parsed = nlohmann::json::parse(*bytes, nullptr, /*allow_exceptions=*/false);
+    if (!parsed.is_object()) {
+        if (!bytes->empty())
+            base::diag::event.line("settings file is not a JSON object; starting empty");
+        return nlohmann::json::object();
+    }
+    return parsed;
+}
+
+}  // namespace
+
+JsonSettingsStore::JsonSettingsStore(std::filesystem::path file)
+    : file_(std::move(file)), values_(readObject(file_)) {}
+
+nlohmann::json JsonSettingsStore::lookup(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto found = values_.find(key);
+    return found == values_.end() ? nlohmann::json() : *found;
+}
+
+std::optional<std::string> JsonSettingsStore::string(std::string_view key) const {
+    const auto value = lookup(key);
+    if (!value.is_string()) return std::nullopt;
+    return value.get<std::string>();
+}
+
+std::optional<std::int64_t> JsonSettingsStore::integer(std::string_view key) const {
+    const auto value = lookup(key);
+    if (value.is_number_unsigned()) {
+        const auto unsignedValue = value.get<std::uint64_t>();
+        if (unsignedValue > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+            return std::nullopt;
+        }
+        return static_cast<std::int64_t>(unsignedValue);
+    }
+    if (value.is_number_integer()) return value.get<std::int64_t>();
+    return std::nullopt;
+}
+
+std::optional<double> JsonSettingsStore::number(std::string_view key) const {
+    const auto value = lookup(key);
+    if (!value.is_number()) return std::nullopt;
+    return value.get<double>();
+}
+
+std::optional<bool> JsonSettingsStore::boolean(std::string_view key) const {
+    const auto value = lookup(key);
+    if (!value.is_boolean()) return std::nullopt;
+    return value.get<bool>();
+}
+
+bool JsonSettingsStore::contains(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    return values_.contains(key);
+}
+
+void JsonSettingsStore::set(std::string_view key, SettingValue value) {
+    std::string bytes;
+    std::uint64_t version = 0;
+    {
+        std::lock_guard lock(mutex_);
+        auto& slot = values_[std::string(key)];
+        std::visit([&slot](auto&& held) { slot = std::forward<decltype(held)>(held); },
+                   std::move(value));
+        // Ill-formed UTF-8 from a caller must not make the whole file unwritable.
+        bytes = values_.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+        version = ++version_;
+    }
+    persist(std::move(bytes), version);
+}
+
+void JsonSettingsStore::remove(std::string_view key) {
+    std::string bytes;
+    std::uint64_t version = 0;
+    {
+        std::lock_guard lock(mutex_);
+        const auto found = values_.find(key);
+        if (found == values_.end()) return;
+        values_.erase(found);
+        bytes = values_.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
+        version = ++version_;
+    }
+    persist(std::move(bytes), version);
+}
+
+void JsonSettingsStore::persist(std::string bytes, std::uint64_t version) {
+    std::lock_guard lock(writeMutex_);
+    if (version <= writtenVersion_) return;
+    writtenVersion_ = version;
+    bytes.push_back('\n');
+    try {
+        base::writeFileAtomically(file_, bytes);
+    } catch (const std::filesystem::filesystem_error& error) {
+        base::diag::event.line("settings could not be written (" + error.code().message() + ")");
+    }
+}
+
+}  // namespace nuvrel::app

@@ -1,0 +1,29 @@
+#pragma once
+// The keys of the defaults store and their defaults. Booleans marked "text" are kept as the
+// text "1" or "0", so that an absent key can be told from false.
+
+#include <cstdint>
+#include <string_view>
+
+namespace nuvrel::app::settingsKey {
+
+inline constexpr std::string_view lang = "lang";                        // text raw value
+inline constexpr std::string_view appearance = "appearance";            // "dark" or "light"
+inline constexpr std::string_view modelFile = "modelFile";              // text
+inline constexpr std::string_view hotkeyKeyCode = "hotkeyKeyCode";      // integer
+inline constexpr std::string_view hotkeyModifiers = "hotkeyModifiers";  // integer
+inline constexpr std::string_view searxngEndpoint = "searxngEndpoint";  // text
+inline constexpr std::string_view networkFeaturesEnabled = "networkFeaturesEnabled";    // text
+inline constexpr std::string_view memorySavingModeEnabled = "memorySavingModeEnabled";  // text
+inline constexpr std::string_view modelUpdateCheckEnabled = "modelUpdateCheckEnabled";  // text
+inline constexpr std::string_view onboardingCompleted = "onboardingCompleted";          // boolean
+inline constexpr std::string_view hasCompletedFirstQuery = "hasCompletedFirstQuery";    // text "1"
+inline constexpr std::string_view modelDownloadedOnFirstRun = "modelDownloadedOnFirstRun";
+inline constexpr std::string_view modelUpdateLastCheck = "modelUpdateLastCheck";
+inline constexpr std::string_view onDevice = "onDevice";  // boolean, written true at every start
+
+// Option+Space.
+inline constexpr std::uint32_t defaultHotkeyKeyCode = 49;
+inline constexpr std::uint32_t defaultHotkeyModifiers = 2048;
+
+}  // namespace nuvrel::app::settingsKey

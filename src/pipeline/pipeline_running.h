@@ -1,0 +1,25 @@
+#pragma once
+// What run control needs of a pipeline. `Pipeline` is the production form; tests of the
+// shell script their own.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/pipeline_outcome.h"
+
+namespace nuvrel::pipeline {
+
+class PipelineRunning {
+public:
+    virtual ~PipelineRunning() = default;
+    // Blocks on the caller's task. Never throws: a stop request ends as the outcome cancelled.
+    virtual core::PipelineOutcome run(std::string_view query) const = 0;
+    // The steps of a multi-request sentence, or nothing for a single request. May throw
+    // base::Cancelled.
+    virtual std::optional<std::vector<std::string>> decomposeIfChain(
+        std::string_view query) const = 0;
+};
+
+}  // namespace nuvrel::pipeline

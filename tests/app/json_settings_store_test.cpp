@@ -1,0 +1,134 @@
+#include "app/json_settings_store.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <thread>
+#include <vector>
+
+#include "base/files.h"
+#include "base/paths.h"
+#include "support/temporary_home.h"
+
+namespace nuvrel::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+class JsonSettingsStoreFile : public testing::Test {
+protected:
+    test::TemporaryHome home;
+    fs::path file = base::XdgPaths::fromEnvironment().settingsFile();
+
+    void writeRaw(std::string_view bytes) { base::writeFileAtomically(file, bytes); }
+    nlohmann::json onDisk() const {
+        return nlohmann::json::parse(base::readFile(file).value_or(""), nullptr, false);
+    }
+};
+
+TEST_F(JsonSettingsStoreFile, ADamagedFileReadsAsEmptyAndIsReplacedOnTheNextWrite) {
+    for (const std::string damaged :
+         {"{\"lang\": \"ko\"", "[1, 2]", "\"ko\"", "", "\xff\xfe{}", "null"}) {
+        writeRaw(damaged);
+        JsonSettingsStore store(file);
+        EXPECT_FALSE(store.contains("lang")) << damaged;
+        store.set("lang", "ja");
+        EXPECT_EQ(onDisk(), (nlohmann::json{{"lang", "ja"}})) << damaged;
+    }
+
+    fs::remove(file);
+    JsonSettingsStore missing(file);
+    EXPECT_FALSE(missing.string("lang"));
+}
+
+TEST_F(JsonSettingsStoreFile, AValueOfTheWrongTypeReadsAsAbsent) {
+    writeRaw(R"({"lang": 5, "hotkeyKeyCode": "49", "flag": "1", "on": true,
+                 "huge": 18446744073709551615, "real": 1.5, "whole": 7, "nested": {"a": 1}})");
+    JsonSettingsStore store(file);
+    EXPECT_EQ(store.string("lang"), std::nullopt);
+    EXPECT_EQ(store.integer("hotkeyKeyCode"), std::nullopt);
+    EXPECT_EQ(store.boolean("flag"), std::nullopt);
+    EXPECT_EQ(store.string("flag"), "1");
+    EXPECT_EQ(store.integer("on"), std::nullopt);
+    EXPECT_EQ(store.boolean("on"), true);
+    EXPECT_EQ(store.integer("huge"), std::nullopt);
+    EXPECT_EQ(store.integer("real"), std::nullopt);
+    EXPECT_EQ(store.number("real"), 1.5);
+    EXPECT_EQ(store.number("whole"), 7.0);
+    EXPECT_EQ(store.integer("whole"), 7);
+    EXPECT_EQ(store.string("nested"), std::nullopt);
+    EXPECT_TRUE(store.contains("nested"));
+    EXPECT_FALSE(store.contains("absent"));
+}
+
+TEST_F(JsonSettingsStoreFile, ValuesRoundTripThroughTheFileWithTheirTypes) {
+    constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
+    constexpr auto largest = std::numeric_limits<std::int64_t>::max();
+    {
+        JsonSettingsStore store(file);
+        store.set("networkFeaturesEnabled", "0");
+        store.set("memorySavingModeEnabled", "1");
+        store.set("onDevice", true);
+        store.set("hotkeyModifiers", std::int64_t{2048});
+        store.set("low", smallest);
+        store.set("high", largest);
+        store.set("modelUpdateLastCheck", 1718000000.25);
+        store.set("searxngEndpoint", "https://例え.jp/検索");
+        store.set("gone", "soon");
+        store.remove("gone");
+        store.remove("never there");
+    }
+    JsonSettingsStore reloaded(file);
+    EXPECT_EQ(reloaded.string("networkFeaturesEnabled"), "0");
+    EXPECT_EQ(reloaded.boolean("networkFeaturesEnabled"), std::nullopt);
+    EXPECT_EQ(reloaded.integer("networkFeaturesEnabled"), std::nullopt);
+    EXPECT_EQ(reloaded.string("memorySavingModeEnabled"), "1");
+    EXPECT_EQ(reloaded.boolean("onDevice"), true);
+    EXPECT_EQ(reloaded.integer("hotkeyModifiers"), 2048);
+    EXPECT_EQ(reloaded.integer("low"), smallest);
+    EXPECT_EQ(reloaded.integer("high"), largest);
+    EXPECT_EQ(reloaded.number("modelUpdateLastCheck"), 1718000000.25);
+    EXPECT_EQ(reloaded.string("searxngEndpoint"), "https://例え.jp/検索");
+    EXPECT_FALSE(reloaded.contains("gone"));
+}
+
+TEST_F(JsonSettingsStoreFile, ReadersOfTheFileNeverSeeAHalfWrittenObject) {
+    JsonSettingsStore store(file);
+    store.set("padding", std::string(16 * 1024, 'x'));
+    std::atomic<bool> writing{true};
+    std::atomic<int> torn{0}, reads{0};
+    std::thread reader([&] {
+        while (writing) {
+            const auto bytes = base::readFile(file);
+            if (!bytes) continue;
+            ++reads;
+            if (!nlohmann::json::parse(*bytes, nullptr, false).is_object()) ++torn;
+        }
+    });
+    for (std::int64_t i = 0; i < 40; ++i) store.set("counter", i);
+    writing = false;
+    reader.join();
+    EXPECT_EQ(torn, 0);
+    EXPECT_GT(reads, 0);
+    // The temporary files of the writes are gone.
+    std::vector<fs::path> left;
+    for (const auto& entry : fs::directory_iterator(file.parent_path()))
+        left.push_back(entry.path());
+    EXPECT_EQ(left, std::vector<fs::path>{file});
+}
+
+TEST_F(JsonSettingsStoreFile, AnUnwritableFileKeepsTheValueForTheSession) {
+    const fs::path blocked = home.path() / "not-a-folder" / "settings.json";
+    base::writeFileAtomically(home.path() / "not-a-folder", "a file in the way");
+    JsonSettingsStore store(blocked);
+    testing::internal::CaptureStderr();
+    store.set("lang", "ko");
+    const auto log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(store.string("lang"), "ko");
+    EXPECT_EQ(log.rfind("[Nuvrel] settings could not be written (", 0), 0u) << log;
+}
+
+}  // namespace
+}  // namespace nuvrel::app
