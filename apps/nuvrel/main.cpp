@@ -1,12 +1,101 @@
-// nuvrel: the command-line front end. Parses arguments and hands over to the library.
+// nuvrel: the command-line front end. Parses the arguments and hands over to the library.
+#include <csignal>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <iostream>
+#include <pthread.h>
+#include <thread>
+#include <unistd.h>
+
+#include "app/app_state.h"
+#include "app/command_line.h"
+#include "app/debug_log.h"
+#include "app/json_settings_store.h"
+#include "app/launch.h"
+#include "app/terminal_session.h"
+#include "base/http.h"
+#include "base/paths.h"
+
+extern char** environ;
+
+namespace {
+
+using namespace nuvrel;
+
+std::optional<std::string> environmentValue(const char* name) {
+    const char* value = std::getenv(name);
+    if (!value || !*value) return std::nullopt;
+    return std::string(value);
+}
+
+// Ctrl-C and SIGTERM arrive on one watcher thread and are handed to the main queue, so that
+// cancelling a run goes through the same run control as the panel's Escape.
+void watchSignals(const sigset_t& signals, base::MainQueue& queue, app::TerminalSession& session) {
+    std::thread([signals, &queue, &session] {
+        while (true) {
+            int signal = 0;
+            if (sigwait(&signals, &signal) != 0) return;
+            // A blocking read of standard input cannot be woken otherwise: closing it ends
+            // the read, and with it the interactive loop.
+            if (session.isReadingInput()) ::close(STDIN_FILENO);
+            if (signal == SIGTERM) {
+                queue.post([&session] { session.terminate(); });
+            } else {
+                queue.post([&session] { session.interrupt(); });
+            }
+        }
+    }).detach();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1 && (std::strcmp(argv[1], "--version") == 0)) {
-        std::puts("nuvrel " NUVREL_VERSION);
-        return 0;
+    const auto parsed = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    if (const auto* error = std::get_if<app::UsageError>(&parsed)) {
+        std::cerr << "nuvrel: " << error->message << "\n\n" << app::usageText();
+        return app::exitUsage;
     }
-    std::puts("nuvrel: the pipeline has not landed yet; nothing to answer.");
-    return 0;
+    app::CommandLine command = std::get<app::CommandLine>(parsed);
+    if (command.verb == app::CommandLine::Verb::help) {
+        std::cout << app::usageText();
+        return app::exitResult;
+    }
+    if (command.verb == app::CommandLine::Verb::version) {
+        std::cout << "nuvrel " NUVREL_VERSION "\n";
+        return app::exitResult;
+    }
+    if (!command.options.language) {
+        if (auto lang = environmentValue("NUVREL_DEBUG_LANG")) {
+            command.options.language = core::appLanguageFromRawValue(*lang);
+        }
+    }
+    if (auto query = environmentValue("NUVREL_DEBUG_QUERY"); query && command.verb != app::CommandLine::Verb::ask) {
+        command.verb = app::CommandLine::Verb::ask;
+        command.options.sentence = *query;
+    }
+
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // before any thread starts: all inherit it
+
+    base::MainQueue queue;
+    const auto paths = base::XdgPaths::fromEnvironment();
+    auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile());
+    app::AppState::Environment environment;
+    environment.userDefaults = defaults;
+    environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
+    environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
+    environment.languageOverride = command.options.language;
+    auto state = app::AppState::create(queue, environment);
+    state->makePipeline = app::makePipelineFactory(
+        {defaults, std::make_shared<base::HttpSession>(), command.options.noNetwork});
+
+    app::TerminalSession session(queue, state, std::cout, command.options.json);
+    watchSignals(signals, queue, session);
+
+    if (command.verb == app::CommandLine::Verb::ask) return session.ask(command.options.sentence);
+    const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    return session.interactive(std::cin, terminal);
 }

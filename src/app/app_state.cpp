@@ -37,6 +37,7 @@ AppState::AppState(base::MainQueue& mainQueue, Environment environment)
       debugLoggingEnabled_(environment.debugLoggingEnabled) {
     assert(userDefaults_);
     loadSettings(environment.preferredLanguages, environment.defaultModelFileName);
+    if (environment.languageOverride) lang_ = *environment.languageOverride;
     userDefaults_->set(settingsKey::onDevice, true);
 }
 

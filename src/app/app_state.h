@@ -59,6 +59,8 @@ public:
         std::string defaultModelFileName{};
         // Set by the program when a NUVREL_DEBUG_ variable is present (anyDebugVariableSet).
         bool debugLoggingEnabled = false;
+        // A language for this process only (a command-line choice); never stored.
+        std::optional<core::AppLanguage> languageOverride{};
     };
 
     using MakePipeline =

@@ -1,0 +1,35 @@
+#pragma once
+// The arguments of the nuvrel program.
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/app_language.h"
+
+namespace nuvrel::app {
+
+struct AskOptions {
+    std::optional<core::AppLanguage> language;
+    bool json = false;
+    bool noNetwork = false;
+    std::string sentence;  // the words joined by one blank, NFC
+};
+
+struct CommandLine {
+    enum class Verb { ask, interactive, help, version };
+    Verb verb = Verb::interactive;
+    AskOptions options;  // ask; interactive takes --lang, --json and --no-network too
+};
+
+struct UsageError {
+    std::string message;
+};
+
+// `args` without the program name.
+std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& args);
+
+std::string usageText();
+
+}  // namespace nuvrel::app

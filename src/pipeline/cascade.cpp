@@ -1,0 +1,152 @@
+// The fast-path cascade. Its order is a contract: a query that two steps want goes to the
+// earlier one, and every step was written knowing what stands before it. A step that has not
+// landed yet keeps its place and lets every query go on.
+
+#include <array>
+#include <string>
+
+#include "answers/calculator_fast_path.h"
+#include "core/capability_result.h"
+#include "pipeline/help_fast_path.h"
+#include "pipeline/pipeline.h"
+
+namespace nuvrel::pipeline {
+
+struct Pipeline::StepInput {
+    std::string_view query;
+    // HelpFastPath::normalize of the query: the key of every phrase table.
+    std::string normalized;
+    const core::LocalizedStrings& strings;
+};
+
+struct Pipeline::CascadeStep {
+    Step step;
+    // Touches the outside world: skipped when liveFastPathsEnabled is false.
+    bool live;
+};
+
+std::optional<core::PipelineOutcome> Pipeline::runCascade(
+    std::string_view query, const core::LocalizedStrings& strings) const {
+    // The cascade, in its fixed order.
+    static constexpr std::array<CascadeStep, 20> cascade = {{
+        {&Pipeline::timerCancelStep, false},       // 1
+        {&Pipeline::timerSetStep, false},          // 2
+        {&Pipeline::calculatorStep, false},        // 3
+        {&Pipeline::currencyStep, true},           // 4
+        {&Pipeline::weatherStep, true},            // 5
+        {&Pipeline::appLaunchStep, true},          // 6
+        {&Pipeline::documentSummaryStep, true},    // 7
+        {&Pipeline::translationStep, true},        // 8
+        {&Pipeline::noteDeletionStep, true},       // 9
+        {&Pipeline::reminderDeletionStep, true},   // 10
+        {&Pipeline::calendarDeletionStep, true},   // 11
+        {&Pipeline::fileDeletionStep, true},       // 12
+        {&Pipeline::noteCreationStep, true},       // 13
+        {&Pipeline::fileSearchStep, true},         // 14
+        {&Pipeline::reminderStep, true},           // 15
+        {&Pipeline::calendarAddStep, true},        // 16
+        {&Pipeline::systemCommandStep, false},     // 17
+        {&Pipeline::clipboardHistoryStep, false},  // 18
+        {&Pipeline::windowStep, true},             // 19
+        {&Pipeline::helpStep, false},              // 20
+    }};
+
+    const StepInput input{query, HelpFastPath::normalize(query), strings};
+    for (const CascadeStep& entry : cascade) {
+        if (entry.live && !liveFastPathsEnabled) continue;
+        if (auto outcome = (this->*entry.step)(input)) return outcome;
+    }
+    return std::nullopt;
+}
+
+// Steps whose feature has not landed match nothing yet.
+
+std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::calculatorStep(const StepInput& input) const {
+    namespace calc = answers::CalculatorFastPath;
+    std::optional<answers::CalcResult> answer = calc::matchPercentageOf(input.query);
+    if (!answer) answer = calc::matchArithmetic(input.query);
+    if (!answer) answer = calc::matchUnitConversion(input.query);
+    if (!answer) return std::nullopt;
+    return core::PipelineOutcome::result(core::CapabilityResult::Calculation{answer->display});
+}
+
+std::optional<core::PipelineOutcome> Pipeline::currencyStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::weatherStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::translationStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::noteCreationStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::clipboardHistoryStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::windowStep(const StepInput&) const {
+    return std::nullopt;
+}
+
+std::optional<core::PipelineOutcome> Pipeline::helpStep(const StepInput& input) const {
+    if (!HelpFastPath::phrases().contains(input.normalized) &&
+        !HelpFastPath::koreanPattern().search(input.normalized))
+        return std::nullopt;
+    return core::PipelineOutcome::result(core::CapabilityResult::HelpOverview{});
+}
+
+}  // namespace nuvrel::pipeline

@@ -1,0 +1,119 @@
+#pragma once
+// The one place where a query becomes an outcome: a fixed cascade of deterministic fast paths,
+// then the model router, routed dispatch and the validator.
+//
+// A Pipeline is a plain value with public fields, built anew by the shell whenever language or
+// settings change:
+//
+//     auto pipeline = std::make_shared<Pipeline>();
+//     pipeline->router.backend = routerBackend;
+//     pipeline->registry = core::CapabilityRegistry(capabilities);
+//     pipeline->language = core::AppLanguage::ko;
+//
+// It holds no mutable state of its own: one value serves many runs, also at once on several
+// tasks, as long as its fields are not changed meanwhile.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/app_language.h"
+#include "core/capability_registry.h"
+#include "core/localized_strings.h"
+#include "core/pipeline_outcome.h"
+#include "core/routed_intent.h"
+#include "core/slot_value.h"
+#include "llm/llm_backend.h"
+#include "pipeline/date_time_expression.h"
+#include "pipeline/pipeline_running.h"
+#include "pipeline/router.h"
+
+namespace nuvrel::pipeline {
+
+class Pipeline : public PipelineRunning {
+public:
+    // Fields in declared order. The validator has no state and is called as a namespace.
+    // Still to come with their features: timerCapability (after `language`),
+    // clipboardHistoryStore (after `summarizer`), notesCapability and weatherLocationProvider
+    // (after `liveFastPathsEnabled`).
+    Router router{};
+    // The plan-driven capabilities; also the finder of the file-search fast path.
+    core::CapabilityRegistry registry{};
+    // Picks the strings of every message.
+    core::AppLanguage language = core::AppLanguage::en;
+    // The summary model, if any: splits chains, summarises documents, translates.
+    std::shared_ptr<llm::LLMBackend> summarizer{};
+    // Opens a web address in the default browser.
+    std::function<void(std::string)> openURL{};
+    // The user's "Network features" setting: web search, weather and currency.
+    bool networkFeaturesEnabled = true;
+    // False turns off every fast path that touches the outside world, leaving the pure ones
+    // and the router.
+    bool liveFastPathsEnabled = true;
+
+    // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
+    // two model calls), then one capability call. Never throws; a stop request ends as the
+    // outcome cancelled. The query is taken as given, untrimmed.
+    core::PipelineOutcome run(std::string_view query) const override;
+
+    // The steps of a multi-request sentence, split by the summary model in this pipeline's
+    // language; nothing for a single request or without a summary model.
+    std::optional<std::vector<std::string>> decomposeIfChain(std::string_view query) const override;
+
+    // Serves the routed intents that act without a plan. An outcome ends the run; nothing hands
+    // the intent on to the validator. Tests the task's stop request first. Never throws.
+    std::optional<core::PipelineOutcome> dispatchRouterFallbackIntent(
+        const core::RoutedIntent& routed, std::string_view query,
+        const core::LocalizedStrings& strings) const;
+
+    // The date and time of a reminder or event from the slots, parsing only slot values that
+    // the query itself contains, so that a date the model invented never reaches the parser.
+    static std::optional<DateTimeExpressionParser::Result> parsedDateTimeSlots(
+        const core::Slots& slots, std::string_view query,
+        const DateTimeExpressionParser::Parse& parse);
+
+    // Whether the query contains the value, ignoring white space and case. An empty value
+    // never appears.
+    static bool slotValueAppears(std::string_view query, std::string_view value);
+
+private:
+    struct StepInput;
+    using Step = std::optional<core::PipelineOutcome> (Pipeline::*)(const StepInput&) const;
+    struct CascadeStep;
+
+    // The fast paths, in cascade order; each gives an outcome or lets the query go on.
+    std::optional<core::PipelineOutcome> timerCancelStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> timerSetStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> calculatorStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> currencyStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> weatherStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> appLaunchStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> documentSummaryStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> translationStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> noteDeletionStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> reminderDeletionStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> calendarDeletionStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> fileDeletionStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> noteCreationStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> fileSearchStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> reminderStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> calendarAddStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> systemCommandStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> clipboardHistoryStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> windowStep(const StepInput& input) const;
+    std::optional<core::PipelineOutcome> helpStep(const StepInput& input) const;
+
+    std::optional<core::PipelineOutcome> runCascade(std::string_view query,
+                                                    const core::LocalizedStrings& strings) const;
+    core::PipelineOutcome runRouted(std::string_view query,
+                                    const core::LocalizedStrings& strings) const;
+    core::PipelineOutcome validatedOutcome(const core::RoutedIntent& routed, std::string_view query,
+                                           const core::LocalizedStrings& strings) const;
+    core::PipelineOutcome webFallbackOutcome(std::string_view fallbackQuery,
+                                             const core::LocalizedStrings& strings) const;
+};
+
+}  // namespace nuvrel::pipeline

@@ -1,0 +1,104 @@
+// Routed intents that act without a plan: the router's slots turned into the inputs that the
+// fast paths would have produced.
+
+#include <string>
+#include <vector>
+
+#include "base/cancellation.h"
+#include "base/regex.h"
+#include "base/text.h"
+#include "pipeline/pipeline.h"
+#include "pipeline/user_facing.h"
+#include "pipeline/validator.h"
+
+namespace nuvrel::pipeline {
+namespace {
+
+std::string joinedWithBlanks(const std::vector<std::string>& parts) {
+    std::string joined;
+    for (const std::string& part : parts) {
+        if (!joined.empty()) joined += ' ';
+        joined += part;
+    }
+    return joined;
+}
+
+}  // namespace
+
+std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
+    const core::RoutedIntent& routed, std::string_view /*query*/,
+    const core::LocalizedStrings& strings) const {
+    if (base::isCancelled()) return core::PipelineOutcome::cancelled();
+
+    using core::IntentID;
+    switch (routed.intent) {
+        case IntentID::weatherQuery:
+        case IntentID::currencyConvert:
+            // Decided before any slot is read: unusable slots still get the offline error.
+            if (!networkFeaturesEnabled)
+                return core::PipelineOutcome::error(networkFeaturesOfflineError(strings));
+            return std::nullopt;
+        case IntentID::timerSet:
+        case IntentID::reminderSet:
+        case IntentID::noteCreate:
+        case IntentID::calendarAdd:
+        case IntentID::windowManage:
+        case IntentID::appLaunch:
+            // These act once their features land; until then the validator's web fallback
+            // answers them, as it does when their slots are unusable.
+            return std::nullopt;
+        case IntentID::systemCommand:
+            // Never on the model's word: a system command runs only when its normalised
+            // phrase hit the fast path's table.
+            return std::nullopt;
+        case IntentID::finderSearch:
+        case IntentID::calendarQuery:
+        case IntentID::messageSend:
+        case IntentID::musicPlay:
+        case IntentID::webSearch:
+        case IntentID::unknown:
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<DateTimeExpressionParser::Result> Pipeline::parsedDateTimeSlots(
+    const core::Slots& slots, std::string_view query,
+    const DateTimeExpressionParser::Parse& parse) {
+    const std::optional<std::string> title = Validator::stringSlot(slots, "title");
+    const std::optional<std::string> content = Validator::stringSlot(slots, "content");
+    const std::optional<std::string> first = title ? title : content;
+    const std::optional<std::string> secondChoice = title ? content : std::nullopt;
+
+    std::vector<std::string> grounded;
+    for (const auto& value :
+         {first, Validator::stringSlot(slots, "date"), Validator::stringSlot(slots, "time")}) {
+        if (!value) continue;
+        if (query.empty() || slotValueAppears(query, *value)) grounded.push_back(*value);
+    }
+    if (grounded.empty()) {
+        if (query.empty()) return std::nullopt;
+        grounded.emplace_back(query);
+    }
+
+    std::optional<DateTimeExpressionParser::Result> result = parse(joinedWithBlanks(grounded));
+    // A title that swallowed the time can leave the parse without an hour; the content may
+    // still carry it. stringSlot never gives an empty text, so the second choice counts only
+    // when the query holds it.
+    if (result && !result->hour && secondChoice && slotValueAppears(query, *secondChoice)) {
+        std::vector<std::string> withSecond{*secondChoice};
+        withSecond.insert(withSecond.end(), grounded.begin(), grounded.end());
+        std::optional<DateTimeExpressionParser::Result> retry = parse(joinedWithBlanks(withSecond));
+        if (retry && retry->hour) result = std::move(retry);
+    }
+    return result;
+}
+
+bool Pipeline::slotValueAppears(std::string_view query, std::string_view value) {
+    static const base::Regex whiteSpaceRuns(R"(\s+)");
+    const std::string needle = base::text::lower(whiteSpaceRuns.replaceAll(value, ""));
+    if (needle.empty()) return false;
+    return base::text::contains(base::text::lower(whiteSpaceRuns.replaceAll(query, "")), needle);
+}
+
+}  // namespace nuvrel::pipeline

@@ -1,0 +1,33 @@
+#include "pipeline/user_facing.h"
+
+#include <string>
+
+#include "base/diagnostics.h"
+
+namespace nuvrel::pipeline {
+
+core::UserFacingError userFacing(const std::exception_ptr& error,
+                                 const core::LocalizedStrings& strings) {
+    std::string description;
+    try {
+        std::rethrow_exception(error);
+    } catch (const core::UserFacingError& userFacingError) {
+        core::UserFacingError shown = userFacingError;
+        if (!shown.recoverySuggestion) shown.recoverySuggestion = strings.helpHintRecovery;
+        return shown;
+    } catch (const std::exception& other) {
+        // Every error type of the program describes itself through what().
+        description = other.what();
+    } catch (...) {
+        description = "unknown error";
+    }
+    base::diag::event.line("capability error hidden behind genericErrorMessage: " + description);
+    return core::UserFacingError(strings.genericErrorMessage, strings.helpHintRecovery, false);
+}
+
+core::UserFacingError networkFeaturesOfflineError(const core::LocalizedStrings& strings) {
+    return core::UserFacingError(strings.networkFeaturesOfflineMessage,
+                                 strings.networkFeaturesOfflineRecovery, false);
+}
+
+}  // namespace nuvrel::pipeline

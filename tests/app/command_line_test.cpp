@@ -1,0 +1,58 @@
+#include "app/command_line.h"
+
+#include <gtest/gtest.h>
+
+#include "app/launch.h"
+
+namespace nuvrel::app {
+namespace {
+
+CommandLine parsed(std::vector<std::string> args) {
+    auto result = parseCommandLine(args);
+    EXPECT_TRUE(std::holds_alternative<CommandLine>(result));
+    return std::get<CommandLine>(result);
+}
+
+std::string usageError(std::vector<std::string> args) {
+    auto result = parseCommandLine(args);
+    EXPECT_TRUE(std::holds_alternative<UsageError>(result));
+    return std::holds_alternative<UsageError>(result) ? std::get<UsageError>(result).message : "";
+}
+
+TEST(CommandLine, AskJoinsTheWordsAndTakesOptionsAnywhereBeforeTheDoubleDash) {
+    auto line = parsed({"ask", "--json", "15%", "of", "80", "--lang", "ko"});
+    EXPECT_EQ(line.verb, CommandLine::Verb::ask);
+    EXPECT_EQ(line.options.sentence, "15% of 80");
+    EXPECT_TRUE(line.options.json);
+    EXPECT_EQ(line.options.language, core::AppLanguage::ko);
+
+    auto negative = parsed({"ask", "--", "-2^2"});
+    EXPECT_EQ(negative.options.sentence, "-2^2");
+    EXPECT_FALSE(negative.options.json);
+
+    auto decomposed = parsed({"ask", "\u1112\u1161\u11AB"});  // 한 typed as jamo
+    EXPECT_EQ(decomposed.options.sentence, "\uD55C");
+}
+
+TEST(CommandLine, BadUsageIsExplained) {
+    EXPECT_NE(usageError({"ask"}).find("needs a sentence"), std::string::npos);
+    EXPECT_NE(usageError({"ask", "-2^2"}).find("after --"), std::string::npos);
+    EXPECT_NE(usageError({"ask", "--lang", "fr", "x"}).find("unknown language"), std::string::npos);
+    EXPECT_NE(usageError({"ask", "x", "--lang"}).find("needs a value"), std::string::npos);
+    EXPECT_NE(usageError({"frobnicate"}).find("unknown command"), std::string::npos);
+    EXPECT_EQ(parsed({}).verb, CommandLine::Verb::interactive);
+    EXPECT_EQ(parsed({"--help"}).verb, CommandLine::Verb::help);
+    EXPECT_EQ(parsed({"ask", "x", "--help"}).verb, CommandLine::Verb::help);
+    EXPECT_EQ(parsed({"--version"}).verb, CommandLine::Verb::version);
+}
+
+TEST(PreferredLanguages, ComeFromTheLocaleVariablesInOrder) {
+    const char* env[] = {"LANG=ja_JP.UTF-8", "LANGUAGE=ko_KR:en", nullptr};
+    EXPECT_EQ(preferredLanguagesFromEnvironment(env), (std::vector<std::string>{"ko-KR", "en", "ja-JP"}));
+    const char* plain[] = {"LC_ALL=C", "LANG=zh_TW.UTF-8", nullptr};
+    EXPECT_TRUE(preferredLanguagesFromEnvironment(plain).empty()) << "LC_ALL wins and says nothing";
+    EXPECT_EQ(core::detectFromSystemLocale(preferredLanguagesFromEnvironment(env)), core::AppLanguage::ko);
+}
+
+}  // namespace
+}  // namespace nuvrel::app
