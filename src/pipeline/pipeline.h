@@ -20,6 +20,7 @@
 #include <string_view>
 #include <vector>
 
+#include "answers/currency_code.h"
 #include "core/app_language.h"
 #include "core/capability_registry.h"
 #include "core/localized_strings.h"
@@ -75,6 +76,10 @@ public:
         const core::Slots& slots, std::string_view query,
         const DateTimeExpressionParser::Parse& parse);
 
+    // The conversion that the slots ask for: "amount" (commas allowed), "from_currency" and
+    // "to_currency" (the source when absent); a target equal to the source becomes won, or
+    // dollars for won. Nothing when a slot is missing or unreadable.
+    static std::optional<answers::CurrencyConversionRequest> currencyRequest(const core::Slots& slots);
     // Whether the query contains the value, ignoring white space and case. An empty value
     // never appears.
     static bool slotValueAppears(std::string_view query, std::string_view value);

@@ -37,6 +37,8 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             // Decided before any slot is read: unusable slots still get the offline error.
             if (!networkFeaturesEnabled)
                 return core::PipelineOutcome::error(networkFeaturesOfflineError(strings));
+            // The forecast and the rate service arrive with their features; until then the
+            // validator's web fallback answers.
             return std::nullopt;
         case IntentID::timerSet:
         case IntentID::reminderSet:
@@ -60,6 +62,24 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             return std::nullopt;
     }
     return std::nullopt;
+}
+
+std::optional<answers::CurrencyConversionRequest> Pipeline::currencyRequest(const core::Slots& slots) {
+    using answers::CurrencyCode;
+    const auto amountText = Validator::stringSlot(slots, "amount");
+    if (!amountText) return std::nullopt;
+    const auto amount = base::text::parseDecimal(base::text::replaceAll(*amountText, ",", ""));
+    const auto fromText = Validator::stringSlot(slots, "from_currency");
+    if (!amount || !fromText) return std::nullopt;
+    const auto from = answers::CurrencyFastPath::currencyCode(*fromText);
+    const auto to = answers::CurrencyFastPath::currencyCode(
+        Validator::stringSlot(slots, "to_currency").value_or(*fromText));
+    if (!from || !to) return std::nullopt;
+    answers::CurrencyConversionRequest request{*amount, *from, *to};
+    if (request.to == request.from) {
+        request.to = request.from == CurrencyCode::krw ? CurrencyCode::usd : CurrencyCode::krw;
+    }
+    return request;
 }
 
 std::optional<DateTimeExpressionParser::Result> Pipeline::parsedDateTimeSlots(

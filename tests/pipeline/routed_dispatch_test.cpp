@@ -80,6 +80,29 @@ TEST(RoutedDispatch, ASystemCommandFromTheModelEndsInTheWebFallbackNotInAnAction
 
 // --- Slot grounding ---
 
+TEST(CurrencyRequest, ReadsTheModelsSlotsStrictly) {
+    using answers::CurrencyCode;
+    using Request = answers::CurrencyConversionRequest;
+    auto request = [](core::Slots slots) { return Pipeline::currencyRequest(slots); };
+
+    EXPECT_EQ(request({{"amount", "1,000"}, {"from_currency", "Dollars"}, {"to_currency", "엔"}}),
+              (Request{1000, CurrencyCode::usd, CurrencyCode::jpy}));
+    EXPECT_EQ(request({{"amount", " 12.5 "}, {"from_currency", "eur"}, {"to_currency", "KRW"}}),
+              (Request{12.5, CurrencyCode::eur, CurrencyCode::krw}));
+    // A missing or equal target: dollars go to won, won to dollars.
+    EXPECT_EQ(request({{"amount", "5"}, {"from_currency", "usd"}, {"to_currency", "USD"}}),
+              (Request{5, CurrencyCode::usd, CurrencyCode::krw}));
+    EXPECT_EQ(request({{"amount", "5000"}, {"from_currency", "원"}}),
+              (Request{5000, CurrencyCode::krw, CurrencyCode::usd}));
+
+    EXPECT_FALSE(request({{"amount", "1000 won"}, {"from_currency", "krw"}}));
+    EXPECT_FALSE(request({{"amount", 1000.0}, {"from_currency", "krw"}})) << "amounts are strings";
+    EXPECT_FALSE(request({{"from_currency", "krw"}}));
+    EXPECT_FALSE(request({{"amount", "10"}}));
+    EXPECT_FALSE(request({{"amount", "10"}, {"from_currency", "bitcoin"}}));
+    EXPECT_FALSE(request({{"amount", "10"}, {"from_currency", "usd"}, {"to_currency", "doubloons"}}));
+}
+
 TEST(SlotValueAppears, IgnoresWhiteSpaceAndCaseButNeedsTheWholeValue) {
     const std::string query = "Remind me to call Mom\ttomorrow at 3 PM";
     EXPECT_TRUE(Pipeline::slotValueAppears(query, "call  mom"));
