@@ -14,10 +14,13 @@ packages=(
 )
 
 missing_packages() {
-  local p status
+  # One query for all: a package dpkg has never heard of is missing too.
+  local installed
+  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${packages[@]}" 2>/dev/null \
+    | awk '$2 == "installed" { print $1 }' || true)
+  local p
   for p in "${packages[@]}"; do
-    status=$(dpkg-query -W -f='${db:Status-Status}' "$p" 2>/dev/null || true)
-    [ "$status" = installed ] || printf '%s\n' "$p"
+    grep -qx -- "$p" <<<"$installed" || printf '%s\n' "$p"
   done
 }
 
