@@ -1,0 +1,193 @@
+// Who owns the server on the port: the PID file, the stale-server step, adoption, and the
+// signals that bring a server down.
+
+#include <charconv>
+#include <thread>
+
+#include "base/diagnostics.h"
+#include "base/files.h"
+#include "llm/llama_server_manager.h"
+
+namespace nuvrel::llm {
+
+namespace {
+
+constexpr std::string_view serverProcessName = "llama-server";
+
+// Trimmed, split at ":" into at most three fields; empty fields are dropped and do not count
+// toward the three, so the third field is the whole rest.
+std::vector<std::string> pidFileFields(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n\v\f";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    text = text.substr(first, text.find_last_not_of(blanks) - first + 1);
+
+    std::vector<std::string> fields;
+    while (!text.empty()) {
+        const std::size_t colon = text.find(':');
+        if (fields.size() == 2 || colon == std::string_view::npos) {
+            fields.emplace_back(text);
+            break;
+        }
+        if (colon > 0) fields.emplace_back(text.substr(0, colon));
+        text.remove_prefix(colon + 1);
+    }
+    return fields;
+}
+
+// A decimal 32-bit integer with an optional sign, and nothing else.
+std::optional<std::int32_t> parsePID(std::string_view text) {
+    bool negative = false;
+    if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
+        negative = text.front() == '-';
+        text.remove_prefix(1);
+    }
+    if (text.empty() || text.front() == '+' || text.front() == '-') return std::nullopt;
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    if (negative) value = -value;
+    if (value < INT32_MIN || value > INT32_MAX) return std::nullopt;
+    return static_cast<std::int32_t>(value);
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> LlamaServerManager::readPIDFileFields() const {
+    const auto text = base::readFile(pidFilePath());
+    if (!text) return std::nullopt;
+    return pidFileFields(*text);
+}
+
+void LlamaServerManager::reapOrphanFromPreviousSessionIfAny() {
+    reapStaleServerFromPreviousSession();
+}
+
+void LlamaServerManager::reapStaleServerFromPreviousSession() {
+    auto& processes = *environment_.processes;
+    const auto fields = readPIDFileFields();
+    if (!fields || fields->size() < 2) return;
+    const auto owner = parsePID((*fields)[0]);
+    const auto child = parsePID((*fields)[1]);
+    if (!owner || !child || *owner < 1 || *child < 1) return;
+
+    // Only a certainly dead owner opens the way; EPERM means someone we cannot see.
+    if (processes.signal(*owner, platform::Signal::probe) !=
+        platform::SignalResult::noSuchProcess) {
+        return;
+    }
+    if (processes.signal(*child, platform::Signal::probe) != platform::SignalResult::delivered) {
+        removePIDFileIfStillOwnedBy(*owner);
+        return;
+    }
+    // A reused ID belongs to an unrelated program: forget the record, send nothing.
+    if (processes.processName(*child) != serverProcessName) {
+        removePIDFileIfStillOwnedBy(*owner);
+        return;
+    }
+    if (processes.listeningPIDs(port_) != std::vector<std::int32_t>{*child}) return;
+    killPIDWithEscalation(*child);
+    removePIDFileIfStillOwnedBy(*owner);
+}
+
+void LlamaServerManager::adoptExistingServerTakingOwnershipIfOrphaned() {
+    auto& processes = *environment_.processes;
+    {
+        std::lock_guard guard(lock_);
+        didAdoptExistingServer_ = true;
+    }
+    if (const auto fields = readPIDFileFields(); fields && fields->size() >= 2) {
+        if (const auto owner = parsePID((*fields)[0]); owner && *owner >= 1) {
+            // A live owner, or one we cannot probe: we are its guest.
+            if (processes.signal(*owner, platform::Signal::probe) !=
+                platform::SignalResult::noSuchProcess) {
+                return;
+            }
+        }
+    }
+    const auto listeners = processes.listeningPIDs(port_);
+    if (listeners.size() != 1) return;
+    const std::int32_t pid = listeners.front();
+    if (processes.processName(pid) != serverProcessName) return;
+
+    // Not our child, so the crash reaper does not learn of it.
+    {
+        std::lock_guard guard(lock_);
+        adoptedChildPID_ = pid;
+    }
+    writePIDFile(pid);
+    base::diag::event.line("adopted an ORPHANED llama-server (pid " + std::to_string(pid) +
+                           ") on port " + std::to_string(port_) +
+                           " and took ownership — it will now be stopped with this session");
+}
+
+std::uint64_t LlamaServerManager::writePIDFile(std::int32_t childPID) {
+    std::uint64_t epoch = 0;
+    {
+        std::lock_guard guard(lock_);
+        epoch = ++spawnEpoch_;
+    }
+    try {
+        base::writeFileAtomically(pidFilePath(), std::to_string(environment_.processes->ownPID()) +
+                                                     ":" + std::to_string(childPID) + ":" +
+                                                     modelFileName());
+    } catch (const std::exception&) {
+        // Without the record the next session cannot reap this server; nothing else breaks.
+    }
+    return epoch;
+}
+
+void LlamaServerManager::removePIDFileIfEpoch(std::uint64_t epoch) {
+    {
+        std::lock_guard guard(lock_);
+        if (spawnEpoch_ != epoch) return;  // a newer spawn's record
+    }
+    std::error_code ignored;
+    std::filesystem::remove(pidFilePath(), ignored);
+}
+
+void LlamaServerManager::removePIDFileIfStillOwnedBy(std::int32_t owner) {
+    const auto fields = readPIDFileFields();
+    if (!fields || fields->empty() || parsePID(fields->front()) != owner) return;
+    std::error_code ignored;
+    std::filesystem::remove(pidFilePath(), ignored);
+}
+
+// The waits below are plain sleeps, not cancellable ones: they run when a start was
+// cancelled, and a stop that gives up half-way would leave the child running.
+void LlamaServerManager::terminateWithEscalation(platform::ChildProcess& child) {
+    const auto& timing = environment_.timing;
+    if (child.isRunning()) {
+        child.signal(platform::Signal::terminate);
+        const auto deadline = std::chrono::steady_clock::now() + timing.terminateGrace;
+        while (child.isRunning() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(timing.signalPollInterval);
+        }
+        if (child.isRunning()) child.signal(platform::Signal::kill);
+    }
+    // Also when the child died on its own: a stale slot in the crash table could later point
+    // at a reused ID.
+    environment_.unregisterChild(child.pid());
+    const auto deadline = std::chrono::steady_clock::now() + timing.exitWait;
+    while (std::chrono::steady_clock::now() < deadline && child.isRunning() &&
+           environment_.processes->signal(child.pid(), platform::Signal::probe) ==
+               platform::SignalResult::delivered) {
+        std::this_thread::sleep_for(timing.signalPollInterval);
+    }
+}
+
+void LlamaServerManager::killPIDWithEscalation(std::int32_t pid) {
+    auto& processes = *environment_.processes;
+    const auto& timing = environment_.timing;
+    if (processes.signal(pid, platform::Signal::terminate) != platform::SignalResult::delivered)
+        return;
+    const auto deadline = std::chrono::steady_clock::now() + timing.terminateGrace;
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (processes.signal(pid, platform::Signal::probe) != platform::SignalResult::delivered)
+            return;
+        std::this_thread::sleep_for(timing.signalPollInterval);
+    }
+    processes.signal(pid, platform::Signal::kill);
+}
+
+}  // namespace nuvrel::llm
