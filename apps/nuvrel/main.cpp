@@ -88,14 +88,23 @@ int main(int argc, char** argv) {
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.languageOverride = command.options.language;
+    auto runtime = std::make_shared<app::LLMRuntime>(
+        app::LLMRuntime::make(*defaults, std::make_shared<base::HttpSession>()));
+    environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
     auto state = app::AppState::create(queue, environment);
-    state->makePipeline = app::makePipelineFactory(
-        {defaults, std::make_shared<base::HttpSession>(), command.options.noNetwork});
+    state->makePipeline = app::makePipelineFactory({defaults, runtime, command.options.noNetwork});
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);
     watchSignals(signals, queue, session);
 
-    if (command.verb == app::CommandLine::Verb::ask) return session.ask(command.options.sentence);
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
-    return session.interactive(std::cin, terminal);
+    const int status = command.verb == app::CommandLine::Verb::ask
+                           ? session.ask(command.options.sentence)
+                           : session.interactive(std::cin, terminal);
+    // The runs end first (their tasks may still be talking to the server), then the servers:
+    // no child outlives the program.
+    state->cancelActiveRun();
+    queue.runUntil([&] { return state->tasksInFlight() == 0; });
+    runtime->stopServers();
+    return status;
 }

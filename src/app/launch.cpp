@@ -5,20 +5,45 @@
 
 #include "app/settings_keys.h"
 #include "llm/llama_server_backend.h"
+#include "llm/managed_llama_backend.h"
+#include "llm/model_resolution.h"
+#include "pipeline/router_prompt.h"
 #include "pipeline/pipeline.h"
 
 namespace nuvrel::app {
 
+LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
+                             std::shared_ptr<base::HttpSession> session) {
+    const auto resolved = llm::resolveModelPath(userDefaults.string(settingsKey::modelFile),
+                                                llm::modelsDirectory(), llm::liveFileExists);
+    const std::string fileName = resolved.path.filename().string();
+    auto manager = std::make_shared<llm::LlamaServerManager>(
+        resolved.path, llm::routerServerPort, session, llm::LlamaServerMode::chat,
+        llm::LlamaServerManager::routerContextSize(fileName));
+    LLMRuntime runtime;
+    runtime.manager = manager;
+    runtime.isInterimModel = resolved.isInterim;
+    runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
+        manager, llm::LlamaServerBackend::routing(session), "routing");
+    runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
+        manager, llm::LlamaServerBackend::summarySharingRouter(session), "summary");
+    return runtime;
+}
+
+void LLMRuntime::stopServers() const {
+    if (manager) manager->stop();
+}
+
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
-    auto routing = std::make_shared<llm::LlamaServerBackend>(llm::LlamaServerBackend::routing(settings.session));
-    auto summary =
-        std::make_shared<llm::LlamaServerBackend>(llm::LlamaServerBackend::summarySharingRouter(settings.session));
-    return [routing, summary, defaults = settings.userDefaults,
+    return [runtime = settings.runtime, defaults = settings.userDefaults,
             forbidden = settings.networkForbidden](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
-        pipeline->router.backend = routing;
+        pipeline->router.backend = runtime->routingBackend;
+        pipeline->router.interimPrompt = runtime->isInterimModel;
+        pipeline->router.appLaunchIntent = pipeline::RouterPrompt::supportsAppLaunch(
+            runtime->manager->modelPath().filename().string());
         pipeline->language = language;
-        pipeline->summarizer = summary;
+        pipeline->summarizer = runtime->summaryBackend;
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden && defaults->string(settingsKey::networkFeaturesEnabled).value_or("1") != "0";

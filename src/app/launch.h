@@ -9,18 +9,34 @@
 #include "app/app_state.h"
 #include "app/settings_storing.h"
 #include "base/http.h"
+#include "llm/llama_server_manager.h"
+#include "llm/llm_backend.h"
 
 namespace nuvrel::app {
 
+// The local model servers of this process: the router's server on 127.0.0.1:8765, started on
+// the first call that needs it and stopped when this value goes (or by stopServers()). The
+// summary role shares the router's server.
+struct LLMRuntime {
+    std::shared_ptr<llm::LlamaServerManager> manager;
+    bool isInterimModel = false;
+    std::shared_ptr<llm::LLMBackend> routingBackend;
+    std::shared_ptr<llm::LLMBackend> summaryBackend;
+
+    // The model is the saved "modelFile" when it is installed, else the resolution's fallback.
+    static LLMRuntime make(const SettingsStoring& userDefaults,
+                           std::shared_ptr<base::HttpSession> session);
+    void stopServers() const;
+};
+
 struct LaunchSettings {
     std::shared_ptr<SettingsStoring> userDefaults;
-    std::shared_ptr<base::HttpSession> session;
+    std::shared_ptr<LLMRuntime> runtime;
     // --no-network: off for this process whatever the saved setting says.
     bool networkForbidden = false;
 };
 
-// A pipeline per run, so that a changed setting needs no restart. The router speaks to the
-// local model server on 127.0.0.1:8765; the summary role shares that server.
+// A pipeline per run, so that a changed setting needs no restart.
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings);
 
 }  // namespace nuvrel::app
