@@ -1,4 +1,5 @@
 #include "core/app_language.h"
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -17,10 +18,7 @@ std::string_view rawValue(AppLanguage language) {
 }
 
 std::optional<AppLanguage> appLanguageFromRawValue(std::string_view raw) {
-    for (AppLanguage language : allAppLanguages) {
-        if (rawValue(language) == raw) return language;
-    }
-    return std::nullopt;
+    return caseWithRawValue(allAppLanguages, raw);
 }
 
 AppLanguage detectFromSystemLocale(const std::vector<std::string>& preferredLanguages) {

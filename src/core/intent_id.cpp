@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/decoding_error.h"
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -45,10 +46,7 @@ std::string_view rawValue(IntentID intent) {
 }
 
 std::optional<IntentID> intentIDFromRawValue(std::string_view raw) {
-    for (IntentID intent : allIntentIDs) {
-        if (rawValue(intent) == raw) return intent;
-    }
-    return std::nullopt;
+    return caseWithRawValue(allIntentIDs, raw);
 }
 
 void to_json(nlohmann::json& json, IntentID intent) {

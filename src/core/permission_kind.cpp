@@ -1,4 +1,5 @@
 #include "core/permission_kind.h"
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 namespace {
@@ -57,10 +58,7 @@ std::string_view rawValue(PermissionKind kind) {
 }
 
 std::optional<PermissionKind> permissionKindFromRawValue(std::string_view raw) {
-    for (PermissionKind kind : allPermissionKinds) {
-        if (rawValue(kind) == raw) return kind;
-    }
-    return std::nullopt;
+    return caseWithRawValue(allPermissionKinds, raw);
 }
 
 std::optional<std::string> settingsDeepLink(PermissionKind kind) {

@@ -1,6 +1,7 @@
 #include "core/plan_records.h"
 
 #include <initializer_list>
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -18,10 +19,7 @@ std::string_view rawValue(MessageDraft::Channel channel) {
 
 std::optional<MessageDraft::Channel> messageChannelFromRawValue(std::string_view raw) {
     using Channel = MessageDraft::Channel;
-    for (Channel channel : {Channel::imessage, Channel::sms, Channel::mail}) {
-        if (rawValue(channel) == raw) return channel;
-    }
-    return std::nullopt;
+    return caseWithRawValue(std::initializer_list<Channel>{Channel::imessage, Channel::sms, Channel::mail}, raw);
 }
 
 std::string_view rawValue(MusicCommand::Action action) {
@@ -40,10 +38,8 @@ std::string_view rawValue(MusicCommand::Action action) {
 
 std::optional<MusicCommand::Action> musicActionFromRawValue(std::string_view raw) {
     using Action = MusicCommand::Action;
-    for (Action action : {Action::play, Action::pause, Action::next, Action::prev}) {
-        if (rawValue(action) == raw) return action;
-    }
-    return std::nullopt;
+    return caseWithRawValue(
+        std::initializer_list<Action>{Action::play, Action::pause, Action::next, Action::prev}, raw);
 }
 
 }  // namespace nuvrel::core

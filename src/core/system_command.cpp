@@ -1,4 +1,5 @@
 #include "core/system_command.h"
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -25,10 +26,7 @@ std::string_view rawValue(SystemCommand command) {
 }
 
 std::optional<SystemCommand> systemCommandFromRawValue(std::string_view raw) {
-    for (SystemCommand command : allSystemCommands) {
-        if (rawValue(command) == raw) return command;
-    }
-    return std::nullopt;
+    return caseWithRawValue(allSystemCommands, raw);
 }
 
 }  // namespace nuvrel::core

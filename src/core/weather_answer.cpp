@@ -1,6 +1,7 @@
 #include "core/weather_answer.h"
 
 #include <initializer_list>
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -15,10 +16,8 @@ std::string_view rawValue(WeatherSource source) {
 }
 
 std::optional<WeatherSource> weatherSourceFromRawValue(std::string_view raw) {
-    for (WeatherSource source : {WeatherSource::appleWeather, WeatherSource::openMeteo}) {
-        if (rawValue(source) == raw) return source;
-    }
-    return std::nullopt;
+    return caseWithRawValue(
+        std::initializer_list<WeatherSource>{WeatherSource::appleWeather, WeatherSource::openMeteo}, raw);
 }
 
 }  // namespace nuvrel::core

@@ -1,4 +1,5 @@
 #include "core/window_action.h"
+#include "core/raw_value.h"
 
 namespace nuvrel::core {
 
@@ -31,10 +32,7 @@ std::string_view rawValue(WindowAction action) {
 }
 
 std::optional<WindowAction> windowActionFromRawValue(std::string_view raw) {
-    for (WindowAction action : allWindowActions) {
-        if (rawValue(action) == raw) return action;
-    }
-    return std::nullopt;
+    return caseWithRawValue(allWindowActions, raw);
 }
 
 std::optional<WindowAction> windowActionFromRouterSlot(std::string_view slot) {
