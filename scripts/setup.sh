@@ -1,6 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds with (only those missing),
-# then configures and builds the given preset. Quick and silent the second time.
+# the local model server (built once into the user's cache), then configures
+# and builds the given preset. Quick and silent the second time.
+#
+#   scripts/setup.sh           what ./run needs: the program can answer without a
+#                              server, so a failed server build only warns
+#   scripts/setup.sh --test    what ./test needs: the server and the tiny test
+#                              model too, and any failure stops
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -43,5 +49,15 @@ build() {
   cmake --build --preset "$preset" >&2
 }
 
+model_server() {
+  if [ "${1:-}" = --test ]; then
+    "$root/scripts/install-llama-server.sh" >/dev/null
+    "$root/tools/make-test-model.sh" >/dev/null
+  elif ! "$root/scripts/install-llama-server.sh" >/dev/null; then
+    echo "setup: warning: llama-server could not be built; sentences that need the local model will fail" >&2
+  fi
+}
+
 install_missing
+model_server "${1:-}"
 build

@@ -47,6 +47,13 @@ void watchSignals(const sigset_t& signals, base::MainQueue& queue, app::Terminal
     }).detach();
 }
 
+// NUVREL_DEBUG_ROUTER_PORT lets a test run the program against a server on a port of its own.
+int routerPort() {
+    const auto value = environmentValue("NUVREL_DEBUG_ROUTER_PORT");
+    const int port = value ? std::atoi(value->c_str()) : 0;
+    return port > 0 && port < 65536 ? port : llm::routerServerPort;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -88,8 +95,8 @@ int main(int argc, char** argv) {
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.languageOverride = command.options.language;
-    auto runtime = std::make_shared<app::LLMRuntime>(
-        app::LLMRuntime::make(*defaults, std::make_shared<base::HttpSession>()));
+    auto runtime = std::make_shared<app::LLMRuntime>(app::LLMRuntime::make(
+        *defaults, std::make_shared<base::HttpSession>(), routerPort()));
     environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
     auto state = app::AppState::create(queue, environment);
     state->makePipeline = app::makePipelineFactory({defaults, runtime, command.options.noNetwork});

@@ -95,6 +95,7 @@ Ctrl-C cancels the running sentence; a second Ctrl-C quits.
 Environment:
   NUVREL_DEBUG_QUERY   run this sentence at start and log the routed slots
   NUVREL_DEBUG_LANG    interface language for this run (en, ko, zh, ja)
+  NUVREL_DEBUG_ROUTER_PORT  port of the router's model server (default 8765)
 )";
 }
 

@@ -13,12 +13,12 @@
 namespace nuvrel::app {
 
 LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
-                             std::shared_ptr<base::HttpSession> session) {
+                             std::shared_ptr<base::HttpSession> session, int routerPort) {
     const auto resolved = llm::resolveModelPath(userDefaults.string(settingsKey::modelFile),
                                                 llm::modelsDirectory(), llm::liveFileExists);
     const std::string fileName = resolved.path.filename().string();
     auto manager = std::make_shared<llm::LlamaServerManager>(
-        resolved.path, llm::routerServerPort, session, llm::LlamaServerMode::chat,
+        resolved.path, routerPort, session, llm::LlamaServerMode::chat,
         llm::LlamaServerManager::routerContextSize(fileName));
     LLMRuntime runtime;
     runtime.manager = manager;

@@ -24,8 +24,10 @@ struct LLMRuntime {
     std::shared_ptr<llm::LLMBackend> summaryBackend;
 
     // The model is the saved "modelFile" when it is installed, else the resolution's fallback.
+    // `routerPort` moves the router's server off its fixed port, for tests only.
     static LLMRuntime make(const SettingsStoring& userDefaults,
-                           std::shared_ptr<base::HttpSession> session);
+                           std::shared_ptr<base::HttpSession> session,
+                           int routerPort = llm::routerServerPort);
     void stopServers() const;
 };
 

@@ -15,6 +15,7 @@
 #include "base/url.h"
 #include "llm/llm_error.h"
 #include "llm/server_binary.h"
+#include "platform/posix/crash_child_reaper.h"
 
 namespace nuvrel::llm {
 
@@ -56,6 +57,8 @@ LlamaServerManager::Environment LlamaServerManager::liveEnvironment() {
         return std::nullopt;
     };
     environment.logsDirectory = base::XdgPaths::fromEnvironment().logsDirectory();
+    environment.registerChild = platform::CrashChildReaper::registerPID;
+    environment.unregisterChild = platform::CrashChildReaper::unregisterPID;
     return environment;
 }
 
