@@ -23,10 +23,15 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
     LLMRuntime runtime;
     runtime.manager = manager;
     runtime.isInterimModel = resolved.isInterim;
+    // Both roles talk to the router's server, wherever it listens.
+    const auto onRouterPort = [routerPort](llm::LlamaServerBackend backend) {
+        backend.baseURL = *base::Url::parse("http://127.0.0.1:" + std::to_string(routerPort));
+        return backend;
+    };
     runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, llm::LlamaServerBackend::routing(session), "routing");
+        manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing");
     runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, llm::LlamaServerBackend::summarySharingRouter(session), "summary");
+        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary");
     return runtime;
 }
 

@@ -55,6 +55,7 @@ public:
     virtual ~ProcessControl() = default;
     // Throws std::system_error when the child cannot be started.
     virtual std::shared_ptr<ChildProcess> spawn(const SpawnRequest& request) = 0;
+    // A negative ID names a process group, as kill(2) has it: a spawned child leads its own.
     virtual SignalResult signal(std::int32_t pid, Signal signal) = 0;
     // The IDs of processes holding a socket that listens on the TCP port (IPv4 or IPv6),
     // each once, ascending. Empty when nothing listens or the table cannot be read.
