@@ -415,6 +415,9 @@ void HttpSession::Impl::configure(CURL* easy, const HopRequest& hop, const HttpR
     if (!options.userAgent.empty() && !findHeader(hop.headers, "User-Agent")) {
         setOption(easy, CURLOPT_USERAGENT, options.userAgent.c_str());
     }
+    if (!options.caCertificatesFile.empty()) {
+        setOption(easy, CURLOPT_CAINFO, options.caCertificatesFile.c_str());
+    }
 
     const bool isHead = hop.method == "HEAD";
     if (isHead) {

@@ -112,6 +112,10 @@ struct HttpSessionOptions {
     int maxRedirects = 10;
     // Sent as User-Agent unless a request names its own; empty sends none.
     std::string userAgent;
+    // A PEM file of certificate authorities for HTTPS, used in place of the built-in bundle
+    // (curl's CA folder, where it has one, still counts); empty keeps the defaults. Lets tests
+    // speak HTTPS to a local server with a certificate of their own.
+    std::string caCertificatesFile;
 };
 
 class HttpSession {
