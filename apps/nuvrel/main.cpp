@@ -1,4 +1,5 @@
 // nuvrel: the command-line front end. Parses the arguments and hands over to the library.
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include "app/debug_log.h"
 #include "app/json_settings_store.h"
 #include "app/launch.h"
+#include "app/netlog_command.h"
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
@@ -71,6 +73,9 @@ int main(int argc, char** argv) {
         std::cout << "nuvrel " NUVREL_VERSION "\n";
         return app::exitResult;
     }
+    if (command.verb == app::CommandLine::Verb::netlog) {
+        return app::runNetlogCommand(command.netlog, environ, std::cout);
+    }
     if (!command.options.language) {
         if (auto lang = environmentValue("NUVREL_DEBUG_LANG")) {
             command.options.language = core::appLanguageFromRawValue(*lang);
@@ -95,11 +100,17 @@ int main(int argc, char** argv) {
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.languageOverride = command.options.language;
-    auto runtime = std::make_shared<app::LLMRuntime>(app::LLMRuntime::make(
-        *defaults, std::make_shared<base::HttpSession>(), routerPort()));
+    auto httpSession = std::make_shared<base::HttpSession>();
+    auto runtime = std::make_shared<app::LLMRuntime>(
+        app::LLMRuntime::make(*defaults, httpSession, routerPort()));
     environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
     auto state = app::AppState::create(queue, environment);
-    state->makePipeline = app::makePipelineFactory({defaults, runtime, command.options.noNetwork});
+    app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
+    launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
+                                                                  paths.networkActivityFile());
+    launch.session = httpSession;
+    launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
+    state->makePipeline = app::makePipelineFactory(launch);
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);
     watchSignals(signals, queue, session);

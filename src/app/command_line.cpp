@@ -1,10 +1,63 @@
 #include "app/command_line.h"
 
+#include <charconv>
+#include <string_view>
+
 #include "base/text.h"
 
 namespace nuvrel::app {
 
 namespace {
+
+// "--name value" or "--name=value".
+bool isOption(const std::string& arg, std::string_view name) {
+    return arg == name || (arg.starts_with(name) && arg.size() > name.size() && arg[name.size()] == '=');
+}
+
+// The value of the option at args[i]; moves i past a separate value.
+std::optional<std::string> optionValue(const std::vector<std::string>& args, std::size_t& i) {
+    const std::string& arg = args[i];
+    if (const auto equals = arg.find('='); equals != std::string::npos) return arg.substr(equals + 1);
+    if (i + 1 == args.size()) return std::nullopt;
+    return args[++i];
+}
+
+std::optional<UsageError> parseLanguage(const std::vector<std::string>& args, std::size_t& i,
+                                        std::optional<core::AppLanguage>& language) {
+    const auto value = optionValue(args, i);
+    if (!value) return UsageError{"--lang needs a value: en, ko, zh or ja"};
+    language = core::appLanguageFromRawValue(*value);
+    if (!language) return UsageError{"unknown language \"" + *value + "\": use en, ko, zh or ja"};
+    return std::nullopt;
+}
+
+std::optional<UsageError> parseLimit(const std::vector<std::string>& args, std::size_t& i,
+                                     std::size_t& limit) {
+    const auto value = optionValue(args, i);
+    if (!value) return UsageError{"--limit needs a number, e.g. --limit 20"};
+    const char* end = value->data() + value->size();
+    const auto [stop, error] = std::from_chars(value->data(), end, limit);
+    if (value->empty() || error != std::errc() || stop != end) {
+        return UsageError{"--limit takes a whole number, not \"" + *value + "\""};
+    }
+    return std::nullopt;
+}
+
+std::optional<UsageError> parseNetlogOptions(const std::vector<std::string>& args, NetlogOptions& options) {
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--json") {
+            options.json = true;
+        } else if (isOption(arg, "--lang")) {
+            if (auto error = parseLanguage(args, i, options.language)) return error;
+        } else if (isOption(arg, "--limit")) {
+            if (auto error = parseLimit(args, i, options.limit)) return error;
+        } else {
+            return UsageError{"netlog does not take \"" + arg + "\""};
+        }
+    }
+    return std::nullopt;
+}
 
 // Takes the options of `ask` and of the interactive mode; the rest are the sentence's words.
 std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std::size_t start,
@@ -22,16 +75,8 @@ std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std
             options.json = true;
         } else if (arg == "--no-network") {
             options.noNetwork = true;
-        } else if (arg == "--lang" || arg.rfind("--lang=", 0) == 0) {
-            std::string value;
-            if (arg == "--lang") {
-                if (i + 1 == args.size()) return UsageError{"--lang needs a value: en, ko, zh or ja"};
-                value = args[++i];
-            } else {
-                value = arg.substr(7);
-            }
-            options.language = core::appLanguageFromRawValue(value);
-            if (!options.language) return UsageError{"unknown language \"" + value + "\": use en, ko, zh or ja"};
+        } else if (isOption(arg, "--lang")) {
+            if (auto error = parseLanguage(args, i, options.language)) return error;
         } else {
             return UsageError{"unknown option " + arg + " (a sentence that starts with \"-\" goes after --)"};
         }
@@ -52,6 +97,11 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     }
     if (!args.empty() && args[0] == "--version") {
         line.verb = CommandLine::Verb::version;
+        return line;
+    }
+    if (!args.empty() && args[0] == "netlog") {
+        if (auto error = parseNetlogOptions(args, line.netlog)) return *error;
+        line.verb = CommandLine::Verb::netlog;
         return line;
     }
     const bool ask = !args.empty() && args[0] == "ask";
@@ -81,6 +131,8 @@ std::string usageText() {
 Usage:
   nuvrel ask [options] [--] <sentence...>   run one sentence and print its card
   nuvrel [options]                          read sentences line by line and answer each
+  nuvrel netlog [--json] [--limit N] [--lang en|ko|zh|ja]
+                                            list the recent requests that left this computer
   nuvrel --help | --version
 
 Options:
@@ -88,6 +140,7 @@ Options:
   --json               print the outcome as one JSON object
   --no-network         do not use web search, weather or currency for this run
   --                   end of options: what follows is the sentence ("-2^2")
+  --limit N            netlog: show at most N requests, newest first (default 50)
 
 Exit status: 0 for a result, 1 for an error, 2 for bad usage, 130 when cancelled.
 Ctrl-C cancels the running sentence; a second Ctrl-C quits.

@@ -1,6 +1,7 @@
 #pragma once
 // The arguments of the nuvrel program.
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <variant>
@@ -17,10 +18,17 @@ struct AskOptions {
     std::string sentence;  // the words joined by one blank, NFC
 };
 
+struct NetlogOptions {
+    std::optional<core::AppLanguage> language;
+    bool json = false;
+    std::size_t limit = 50;
+};
+
 struct CommandLine {
-    enum class Verb { ask, interactive, help, version };
+    enum class Verb { ask, interactive, netlog, help, version };
     Verb verb = Verb::interactive;
     AskOptions options;  // ask; interactive takes --lang, --json and --no-network too
+    NetlogOptions netlog;
 };
 
 struct UsageError {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "answers/web_search_capability.h"
 #include "app/settings_keys.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
@@ -39,9 +40,24 @@ void LLMRuntime::stopServers() const {
     if (manager) manager->stop();
 }
 
+namespace {
+
+WebRetrieval makeWebRetrieval(const LaunchSettings& settings) {
+    return WebRetrieval::make(WebRetrievalSettings{
+        .session = settings.session ? settings.session : std::make_shared<base::HttpSession>(),
+        .log = settings.networkLog ? settings.networkLog : std::make_shared<NetworkActivityLog>(),
+        .userDefaults = settings.userDefaults,
+        .keychain = settings.keychain,
+        .debugBadHost = settings.debugWebBadHost,
+        .endpoints = settings.webEndpoints});
+}
+
+}  // namespace
+
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
     return [runtime = settings.runtime, defaults = settings.userDefaults,
-            forbidden = settings.networkForbidden](core::AppLanguage language) {
+            forbidden = settings.networkForbidden,
+            web = makeWebRetrieval(settings)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -49,6 +65,12 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             runtime->manager->modelPath().filename().string());
         pipeline->language = language;
         pipeline->summarizer = runtime->summaryBackend;
+        auto webSearch = std::make_shared<answers::WebSearchCapability>();
+        webSearch->language = language;
+        webSearch->transport = web.transport;
+        webSearch->summarizer = runtime->summaryBackend;
+        webSearch->pageFetcher = web.pageFetcher;
+        pipeline->registry = core::CapabilityRegistry({webSearch});
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden && defaults->string(settingsKey::networkFeaturesEnabled).value_or("1") != "0";

@@ -7,7 +7,10 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/keychain_storing.h"
+#include "app/network_activity_log.h"
 #include "app/settings_storing.h"
+#include "app/web_retrieval.h"
 #include "base/http.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
@@ -36,9 +39,20 @@ struct LaunchSettings {
     std::shared_ptr<LLMRuntime> runtime;
     // --no-network: off for this process whatever the saved setting says.
     bool networkForbidden = false;
+    // The process's one record of outbound requests; without one, web requests are noted in
+    // memory only.
+    std::shared_ptr<NetworkActivityLog> networkLog{};
+    // The key store, for the Firecrawl key; may be null.
+    std::shared_ptr<KeychainStoring> keychain{};
+    // The shared session of the web transports; without one, the factory makes its own.
+    std::shared_ptr<base::HttpSession> session{};
+    // NUVREL_DEBUG_WEB_BAD_HOST is set.
+    bool debugWebBadHost = false;
+    WebServiceEndpoints webEndpoints = WebServiceEndpoints::publicServices();
 };
 
-// A pipeline per run, so that a changed setting needs no restart.
+// A pipeline per run, so that a changed setting needs no restart. The web chain and the page
+// fetcher are built once, here.
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings);
 
 }  // namespace nuvrel::app

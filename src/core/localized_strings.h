@@ -353,7 +353,9 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(genericErrorMessage) \
     TEXT(messageSendFailedRecovery) \
     TEXT(automationFailedRecovery) \
-    TEXT(webAnswerNoResultsMessage)
+    TEXT(webAnswerNoResultsMessage) \
+    TEXT(netlogLocalCallsNote) \
+    TEXT(netlogLogFileTemplate)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

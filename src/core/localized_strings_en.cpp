@@ -363,6 +363,8 @@ const LocalizedStrings& LocalizedStrings::en() {
         .messageSendFailedRecovery = "Check that Messages is signed in, then try again.",
         .automationFailedRecovery = "Open the app once to check it's set up, then try again.",
         .webAnswerNoResultsMessage = "No web results found. Try different words.",
+        .netlogLocalCallsNote = "Calls to the local model server stay on this computer and are not listed.",
+        .netlogLogFileTemplate = "Log file: %@",
     };
     // clang-format on
     return value;

@@ -361,6 +361,8 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .messageSendFailedRecovery = "「メッセージ」にサインインしていることを確認してから、もう一度お試しください。",
         .automationFailedRecovery = "一度アプリを開いて設定が済んでいることを確認してから、もう一度お試しください。",
         .webAnswerNoResultsMessage = "Webの検索結果が見つかりませんでした。別の言葉でお試しください。",
+        .netlogLocalCallsNote = "ローカルのモデルサーバーとの通信はこのコンピューター内で完結するため、表示されません。",
+        .netlogLogFileTemplate = "ログファイル：%@",
     };
     return value;
 }

@@ -361,6 +361,8 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .messageSendFailedRecovery = "메시지 앱에 로그인되어 있는지 확인한 후 다시 시도해 주세요.",
         .automationFailedRecovery = "앱을 한 번 열어 설정이 되어 있는지 확인한 후 다시 시도해 주세요.",
         .webAnswerNoResultsMessage = "웹 검색 결과가 없습니다. 다른 단어로 검색해 보세요.",
+        .netlogLocalCallsNote = "로컬 모델 서버와의 통신은 이 컴퓨터 안에서만 이루어지므로 목록에 표시되지 않습니다.",
+        .netlogLogFileTemplate = "로그 파일: %@",
     };
     return value;
 }

@@ -374,6 +374,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .messageSendFailedRecovery = "请确认“信息”已登录，然后重试。",
         .automationFailedRecovery = "请先打开一次该 App，确认已完成设置，然后重试。",
         .webAnswerNoResultsMessage = "未找到网页结果。请换个说法试试。",
+        .netlogLocalCallsNote = "对本地模型服务器的调用不会离开这台电脑，因此不会列出。",
+        .netlogLogFileTemplate = "日志文件：%@",
     };
     return value;
 }

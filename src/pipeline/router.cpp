@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "base/cancellation.h"
+#include "llm/json_object_extraction.h"
 #include "llm/llm_error.h"
 #include "pipeline/router_prompt.h"
 
@@ -73,33 +74,7 @@ core::RoutedIntent Router::route(std::string_view query) const {
 }
 
 std::optional<std::string> Router::extractJSONObject(std::string_view text) {
-    // Byte-wise is exact: '{', '}', '"' and '\\' are ASCII and never occur inside a UTF-8
-    // multibyte sequence, so ill-formed or foreign text cannot fake or hide one.
-    const std::size_t start = text.find('{');
-    if (start == std::string_view::npos) return std::nullopt;
-
-    std::size_t depth = 0;
-    bool inString = false;
-    bool escaped = false;
-    for (std::size_t i = start; i < text.size(); ++i) {
-        const char c = text[i];
-        if (inString) {
-            if (escaped) {
-                escaped = false;
-            } else if (c == '\\') {
-                escaped = true;
-            } else if (c == '"') {
-                inString = false;
-            }
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '{') {
-            ++depth;
-        } else if (c == '}') {
-            if (--depth == 0) return std::string(text.substr(start, i - start + 1));
-        }
-    }
-    return std::nullopt;
+    return llm::extractJSONObject(text);
 }
 
 }  // namespace nuvrel::pipeline

@@ -46,6 +46,33 @@ TEST(CommandLine, BadUsageIsExplained) {
     EXPECT_EQ(parsed({"--version"}).verb, CommandLine::Verb::version);
 }
 
+TEST(CommandLine, NetlogTakesItsOwnOptionsAndRefusesAnythingElse) {
+    const auto plain = parsed({"netlog"});
+    EXPECT_EQ(plain.verb, CommandLine::Verb::netlog);
+    EXPECT_EQ(plain.netlog.limit, 50u);
+    EXPECT_FALSE(plain.netlog.json);
+    EXPECT_EQ(plain.netlog.language, std::nullopt);
+
+    const auto full = parsed({"netlog", "--limit", "7", "--json", "--lang=zh"});
+    EXPECT_EQ(full.verb, CommandLine::Verb::netlog);
+    EXPECT_EQ(full.netlog.limit, 7u);
+    EXPECT_TRUE(full.netlog.json);
+    EXPECT_EQ(full.netlog.language, core::AppLanguage::zh);
+    EXPECT_EQ(parsed({"netlog", "--limit=0", "--lang", "ja"}).netlog.limit, 0u);
+    EXPECT_EQ(parsed({"netlog", "--help"}).verb, CommandLine::Verb::help);
+
+    EXPECT_NE(usageError({"netlog", "--limit"}).find("needs a number"), std::string::npos);
+    for (const char* bad : {"-1", "ten", "5x", ""}) {
+        EXPECT_NE(usageError({"netlog", "--limit", bad}).find("whole number"), std::string::npos) << bad;
+    }
+    EXPECT_NE(usageError({"netlog", "--lang", "fr"}).find("unknown language"), std::string::npos);
+    EXPECT_NE(usageError({"netlog", "--no-network"}).find("netlog does not take"), std::string::npos);
+    EXPECT_NE(usageError({"netlog", "recent"}).find("netlog does not take"), std::string::npos);
+    EXPECT_NE(usageError({"ask", "x", "--lang=fr"}).find("unknown language"), std::string::npos);
+    EXPECT_EQ(parsed({"ask", "x", "--lang=ko"}).options.language, core::AppLanguage::ko);
+    EXPECT_NE(usageText().find("nuvrel netlog"), std::string::npos);
+}
+
 TEST(PreferredLanguages, ComeFromTheLocaleVariablesInOrder) {
     const char* env[] = {"LANG=ja_JP.UTF-8", "LANGUAGE=ko_KR:en", nullptr};
     EXPECT_EQ(preferredLanguagesFromEnvironment(env), (std::vector<std::string>{"ko-KR", "en", "ja-JP"}));
