@@ -12,6 +12,7 @@
 #include "app/terminal_session.h"
 #include "base/graphemes.h"
 #include "base/paths.h"
+#include "base/time_text.h"
 
 namespace nuvrel::app {
 
@@ -45,15 +46,6 @@ std::string fill(std::string_view templ, std::initializer_list<std::string_view>
         }
     }
     return out;
-}
-
-std::string localTime(std::chrono::system_clock::time_point time) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
-    return text;
 }
 
 std::string padded(const std::string& text, std::size_t width) {
@@ -94,7 +86,7 @@ std::string netlogText(const NetlogReport& report, const core::LocalizedStrings&
         const std::size_t pathWidth = widest(report.entries, &Entry::path);
         for (const auto& entry : report.entries) {
             const auto purpose = static_cast<std::size_t>(entry.purpose);
-            out += localTime(entry.timestamp) + "  " + padded(entry.host, hostWidth) + "  " +
+            out += base::formatTime(entry.timestamp, "%Y-%m-%d %H:%M:%S", false) + "  " + padded(entry.host, hostWidth) + "  " +
                    padded(entry.path, pathWidth) + "  " + strings.networkActivityPurposeLabel(purpose) + "\n";
         }
     }

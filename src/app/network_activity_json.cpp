@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "base/regex.h"
+#include "base/time_text.h"
 
 namespace nuvrel::app {
 
@@ -44,16 +45,6 @@ std::optional<NetworkActivityLog::Entry> decodeEntry(const json& object) {
 
 }  // namespace
 
-std::string iso8601Timestamp(std::chrono::system_clock::time_point time) {
-    const std::time_t seconds =
-        std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(time));
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
-    return text;
-}
-
 std::optional<std::chrono::system_clock::time_point> parseISO8601Timestamp(std::string_view text) {
     static const base::Regex pattern(
         R"(^([0-9]{4})-([0-9]{2})-([0-9]{2})T([0-9]{2}):([0-9]{2}):([0-9]{2})(\.([0-9]{1,9}))?(Z|([+-])([0-9]{2}):?([0-9]{2}))$)");
@@ -83,7 +74,7 @@ std::optional<std::chrono::system_clock::time_point> parseISO8601Timestamp(std::
 }
 
 ordered_json networkActivityEntryJSON(const NetworkActivityLog::Entry& entry) {
-    ordered_json object{{"timestamp", iso8601Timestamp(entry.timestamp)},
+    ordered_json object{{"timestamp", base::iso8601Timestamp(entry.timestamp)},
                         {"host", entry.host},
                         {"path", entry.path},
                         {"purpose", purposeRawValue(entry.purpose)}};

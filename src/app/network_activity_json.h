@@ -14,9 +14,7 @@
 
 namespace nuvrel::app {
 
-// "2026-11-22T07:15:03Z": whole seconds, UTC.
-std::string iso8601Timestamp(std::chrono::system_clock::time_point time);
-// Also takes a fraction of a second and a "+09:00" style offset; nothing for anything else.
+// The form base::iso8601Timestamp writes; also takes a fraction of a second and a "+09:00" style offset; nothing for anything else.
 std::optional<std::chrono::system_clock::time_point> parseISO8601Timestamp(std::string_view text);
 
 nlohmann::ordered_json networkActivityEntryJSON(const NetworkActivityLog::Entry& entry);

@@ -4,6 +4,8 @@
 #include <ctime>
 #include <type_traits>
 
+#include "base/time_text.h"
+
 namespace nuvrel::app {
 
 using nlohmann::ordered_json;
@@ -16,17 +18,8 @@ ordered_json optional(const std::optional<T>& value) {
     return value ? ordered_json(*value) : ordered_json(nullptr);
 }
 
-std::string isoTime(std::chrono::system_clock::time_point time) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
-    return text;
-}
-
 ordered_json optionalTime(const std::optional<std::chrono::system_clock::time_point>& time) {
-    return time ? ordered_json(isoTime(*time)) : ordered_json(nullptr);
+    return time ? ordered_json(base::iso8601Timestamp(*time)) : ordered_json(nullptr);
 }
 
 ordered_json fileJSON(const core::FileHit& file) {
@@ -107,7 +100,7 @@ ordered_json payload(const Result::Storage& storage) {
             } else if constexpr (std::is_same_v<T, Result::NeedsPermission>) {
                 return {{"permission", core::rawValue(value.permission)}};
             } else if constexpr (std::is_same_v<T, Result::TimerSet>) {
-                return {{"fireDate", isoTime(value.fireDate)}, {"displayText", value.displayText}};
+                return {{"fireDate", base::iso8601Timestamp(value.fireDate)}, {"displayText", value.displayText}};
             } else if constexpr (std::is_same_v<T, Result::TimerCancelled>) {
                 return {{"count", value.count}};
             } else if constexpr (std::is_same_v<T, Result::Calculation> ||

@@ -9,6 +9,7 @@
 
 #include "app/network_activity_json.h"
 #include "base/files.h"
+#include "base/time_text.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -150,7 +151,7 @@ TEST_F(NetlogCommandTest, LimitsTheListButNotTheCount) {
     const auto json = nlohmann::json::parse(run({std::nullopt, true, 1}));
     ASSERT_EQ(json["entries"].size(), 1u);
     EXPECT_EQ(json["entries"][0]["host"], "api.open-meteo.com");
-    EXPECT_EQ(json["entries"][0]["timestamp"], iso8601Timestamp(now - 1h));
+    EXPECT_EQ(json["entries"][0]["timestamp"], base::iso8601Timestamp(now - 1h));
     EXPECT_EQ(json["countLast24Hours"], 2);
     EXPECT_EQ(json["file"], logFile.string());
 

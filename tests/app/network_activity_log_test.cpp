@@ -8,6 +8,7 @@
 #include "app/network_activity_json.h"
 #include "base/files.h"
 #include "base/paths.h"
+#include "base/time_text.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -205,8 +206,8 @@ TEST_F(NetworkActivityLogTest, ConcurrentRecordsAreAllKept) {
 }
 
 TEST(ISO8601Timestamp, ReadsWhatItWritesAndTheCommonVariants) {
-    EXPECT_EQ(iso8601Timestamp(start), "2026-11-22T07:15:03Z");
-    EXPECT_EQ(iso8601Timestamp(start + 999ms), "2026-11-22T07:15:03Z");
+    EXPECT_EQ(base::iso8601Timestamp(start), "2026-11-22T07:15:03Z");
+    EXPECT_EQ(base::iso8601Timestamp(start + 999ms), "2026-11-22T07:15:03Z");
     EXPECT_EQ(parseISO8601Timestamp("2026-11-22T07:15:03Z"), start);
     EXPECT_EQ(parseISO8601Timestamp("2026-11-22T07:15:03.250Z"), start + 250ms);
     EXPECT_EQ(parseISO8601Timestamp("2026-11-22T02:15:03-05:00"), start);
