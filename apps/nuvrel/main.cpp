@@ -11,6 +11,7 @@
 #include "app/app_state.h"
 #include "app/command_line.h"
 #include "app/debug_log.h"
+#include "app/install_server_command.h"
 #include "app/json_settings_store.h"
 #include "app/launch.h"
 #include "app/netlog_command.h"
@@ -72,6 +73,11 @@ int main(int argc, char** argv) {
     if (command.verb == app::CommandLine::Verb::version) {
         std::cout << "nuvrel " NUVREL_VERSION "\n";
         return app::exitResult;
+    }
+    if (command.verb == app::CommandLine::Verb::installServer) {
+        app::NetworkActivityLog log(std::chrono::system_clock::now,
+                                    base::XdgPaths::fromEnvironment().networkActivityFile());
+        return app::runInstallServerCommand(log, std::cout, std::cerr);
     }
     if (command.verb == app::CommandLine::Verb::netlog) {
         return app::runNetlogCommand(command.netlog, environ, std::cout);

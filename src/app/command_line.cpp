@@ -99,6 +99,17 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         line.verb = CommandLine::Verb::version;
         return line;
     }
+    if (!args.empty() && args[0] == "install-server") {
+        if (args.size() == 1) {
+            line.verb = CommandLine::Verb::installServer;
+            return line;
+        }
+        if (args.size() == 2 && (args[1] == "--help" || args[1] == "-h")) {
+            line.verb = CommandLine::Verb::help;
+            return line;
+        }
+        return UsageError{"install-server does not take \"" + args[1] + "\""};
+    }
     if (!args.empty() && args[0] == "netlog") {
         if (auto error = parseNetlogOptions(args, line.netlog)) return *error;
         line.verb = CommandLine::Verb::netlog;
@@ -133,6 +144,8 @@ Usage:
   nuvrel [options]                          read sentences line by line and answer each
   nuvrel netlog [--json] [--limit N] [--lang en|ko|zh|ja]
                                             list the recent requests that left this computer
+  nuvrel install-server                     build the local model server if it is missing
+                                            (ten minutes or more, once) and print its path
   nuvrel --help | --version
 
 Options:

@@ -25,7 +25,7 @@ struct NetlogOptions {
 };
 
 struct CommandLine {
-    enum class Verb { ask, interactive, netlog, help, version };
+    enum class Verb { ask, interactive, netlog, installServer, help, version };
     Verb verb = Verb::interactive;
     AskOptions options;  // ask; interactive takes --lang, --json and --no-network too
     NetlogOptions netlog;

@@ -46,6 +46,14 @@ TEST(CommandLine, BadUsageIsExplained) {
     EXPECT_EQ(parsed({"--version"}).verb, CommandLine::Verb::version);
 }
 
+TEST(CommandLine, InstallServerTakesNothingButHelp) {
+    EXPECT_EQ(parsed({"install-server"}).verb, CommandLine::Verb::installServer);
+    EXPECT_EQ(parsed({"install-server", "--help"}).verb, CommandLine::Verb::help);
+    EXPECT_NE(usageError({"install-server", "--json"}).find("install-server does not take"),
+              std::string::npos);
+    EXPECT_NE(usageText().find("nuvrel install-server"), std::string::npos);
+}
+
 TEST(CommandLine, NetlogTakesItsOwnOptionsAndRefusesAnythingElse) {
     const auto plain = parsed({"netlog"});
     EXPECT_EQ(plain.verb, CommandLine::Verb::netlog);
