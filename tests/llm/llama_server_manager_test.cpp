@@ -76,16 +76,7 @@ protected:
         return logs / ("llama-server-" + std::to_string(port) + ".log");
     }
 
-    bool healthy(int port) {
-        base::HttpRequest request;
-        request.url = *base::Url::parse("http://127.0.0.1:" + std::to_string(port) + "/health");
-        request.timeout = 1s;
-        try {
-            return session->send(request).status == 200;
-        } catch (const std::exception&) {
-            return false;
-        }
-    }
+    bool healthy(int port) { return test::answersHealth(*session, port); }
     void waitUntilHealthy(int port) {
         const auto deadline = Clock::now() + 5s;
         while (!healthy(port)) {

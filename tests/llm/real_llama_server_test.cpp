@@ -74,16 +74,7 @@ protected:
         return server;
     }
 
-    bool healthy(int port) {
-        base::HttpRequest request;
-        request.url = *base::Url::parse("http://127.0.0.1:" + std::to_string(port) + "/health");
-        request.timeout = 1s;
-        try {
-            return session->send(request).status == 200;
-        } catch (const std::exception&) {
-            return false;
-        }
-    }
+    bool healthy(int port) { return test::answersHealth(*session, port); }
 
     std::filesystem::path pidFile(int port) const {
         return logs / ("llama-server-" + std::to_string(port) + ".pid");

@@ -21,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/http.h"
 #include "platform/process_control.h"
 
 namespace nuvrel::llm::test {
@@ -76,6 +77,18 @@ private:
     std::atomic<int> signal_{0};
     std::thread waiter_;
 };
+
+// True when a server on the loopback port answers /health with 200 within a second.
+inline bool answersHealth(base::HttpSession& session, int port) {
+    base::HttpRequest request;
+    request.url = *base::Url::parse("http://127.0.0.1:" + std::to_string(port) + "/health");
+    request.timeout = std::chrono::seconds(1);
+    try {
+        return session.send(request).status == 200;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
 
 class CountingProcesses : public platform::ProcessControl {
 public:
