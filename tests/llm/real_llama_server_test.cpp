@@ -249,9 +249,15 @@ TEST_F(CrashReaperTest, EightChildrenAreTrackedAndANinthIsNot) {
     nuvrel::test::waitForChild(sleepers[8], 5s);
 }
 
-TEST_F(CrashReaperTest, ACrashWithoutChildrenEndsInTheSignalsDefaultAction) {
-    HelperProcess helper({processHelper, "crash-sleepers", "0"});
+TEST_F(CrashReaperTest, AnUnregisteredChildIsLeftAloneAndTheCrashTakesItsDefaultCourse) {
+    HelperProcess helper({processHelper, "crash-unregistered"});
+    const auto line = helper.readLine(10s);
+    ASSERT_TRUE(line);
+    const pid_t sleeper = std::stoi(*line);
     expectCrashed(helper);
+    EXPECT_FALSE(nuvrel::test::waitForChild(sleeper, 300ms)) << "an unregistered child was signalled";
+    ::kill(sleeper, SIGKILL);
+    nuvrel::test::waitForChild(sleeper, 5s);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 //       starts the server, prints its PID, then dies of SIGSEGV
 //   process_helper crash-sleepers <count>
 //       spawns <count> sleeping children, registers each, prints their PIDs, dies of SIGSEGV
+//   process_helper crash-unregistered
+//       spawns a sleeping child, registers and unregisters it, prints its PID, dies of SIGSEGV
 #include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -82,7 +84,15 @@ int main(int argc, char** argv) {
         }
         crash();
     }
+    if (mode == "crash-unregistered" && argc == 2) {
+        const std::int32_t pid = spawnSleeper();
+        platform::CrashChildReaper::registerPID(pid);
+        platform::CrashChildReaper::unregisterPID(pid);
+        std::cout << pid << "\n";
+        crash();
+    }
     std::cerr << "usage: process_helper own-server|crash-server <llama-server> <model> <port>\n"
-                 "       process_helper crash-sleepers <count>\n";
+                 "       process_helper crash-sleepers <count>\n"
+                 "       process_helper crash-unregistered\n";
     return 2;
 }
