@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "base/task.h"
+#include "support/error_of.h"
 #include "support/loopback_server.h"
 
 namespace nuvrel::base {
@@ -30,16 +31,6 @@ HttpRequest requestTo(const std::string& address) {
     HttpRequest request;
     request.url = *Url::parse(address);
     return request;
-}
-
-template <class F>
-std::optional<HttpError> errorOf(F&& call) {
-    try {
-        call();
-    } catch (const HttpError& error) {
-        return error;
-    }
-    return std::nullopt;
 }
 
 // A listening socket on 127.0.0.1 driven by hand: to see raw request bytes, or to see that
@@ -402,7 +393,7 @@ TEST(HttpSession, ARefusedRedirectReturnsThe3xxAndALoopIsCut) {
     HttpSessionOptions threeHops;
     threeHops.maxRedirects = 3;
     HttpSession limited(threeHops);
-    const auto error = errorOf([&] { limited.send(requestTo(server.url("/loop"))); });
+    const auto error = test::errorOf<HttpError>([&] { limited.send(requestTo(server.url("/loop"))); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::tooManyRedirects);
     EXPECT_EQ(loopHits.load(), 4);  // the request and three followed hops
@@ -429,7 +420,7 @@ TEST(HttpSession, TimeOutsEndSlowReplies) {
     auto slow = requestTo(server->url("/slow-head"));
     slow.timeout = 200ms;
     auto start = Clock::now();
-    auto error = errorOf([&] { session.send(slow); });
+    auto error = test::errorOf<HttpError>([&] { session.send(slow); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::timedOut);
     EXPECT_LT(Clock::now() - start, 1500ms);
@@ -439,7 +430,7 @@ TEST(HttpSession, TimeOutsEndSlowReplies) {
     stall.timeout = 0ms;
     stall.idleTimeout = 300ms;
     start = Clock::now();
-    error = errorOf([&] { session.send(stall); });
+    error = test::errorOf<HttpError>([&] { session.send(stall); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::timedOut);
     EXPECT_GE(Clock::now() - start, 300ms);
@@ -606,15 +597,15 @@ TEST(HttpSession, FailuresBeforeAnyResponseAreHttpErrors) {
 
     HttpSession session;
     auto error =
-        errorOf([&] { session.send(requestTo("http://127.0.0.1:" + std::to_string(port) + "/")); });
+        test::errorOf<HttpError>([&] { session.send(requestTo("http://127.0.0.1:" + std::to_string(port) + "/")); });
     ::close(socketFD);
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::cannotConnect);
 
-    error = errorOf([&] { session.send(HttpRequest{}); });
+    error = test::errorOf<HttpError>([&] { session.send(HttpRequest{}); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::badURL);
-    error = errorOf([&] { session.send(requestTo("ftp://127.0.0.1/file")); });
+    error = test::errorOf<HttpError>([&] { session.send(requestTo("ftp://127.0.0.1/file")); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::badURL);
 
@@ -647,7 +638,7 @@ TEST(HttpSession, ProxiesFromTheEnvironmentNeverApplyToLoopback) {
     // Elsewhere the environment's proxy is used: the request goes to it.
     auto remote = requestTo("http://example.invalid/");
     remote.timeout = 300ms;
-    EXPECT_TRUE(errorOf([&] { session.send(remote); }).has_value());
+    EXPECT_TRUE(test::errorOf<HttpError>([&] { session.send(remote); }).has_value());
     EXPECT_TRUE(deadProxy.hasPendingConnection(0ms));
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/http.h"
 #include "llm/llm_error.h"
+#include "support/error_of.h"
 
 namespace nuvrel::llm {
 
@@ -15,16 +16,7 @@ inline void PrintTo(const LLMError& error, std::ostream* out) {
 
 namespace test {
 
-// The E the call threw; nothing when it returned. Anything else propagates.
-template <class E, class F>
-std::optional<E> errorOf(F&& call) {
-    try {
-        call();
-    } catch (const E& error) {
-        return error;
-    }
-    return std::nullopt;
-}
+using nuvrel::test::errorOf;
 
 }  // namespace test
 }  // namespace nuvrel::llm

@@ -18,6 +18,7 @@
 #include "base/cancellation.h"
 #include "base/http.h"
 #include "base/task.h"
+#include "support/error_of.h"
 #include "support/tls_loopback_server.h"
 #include "wayfen/duckduckgo_request_pacer.h"
 
@@ -104,15 +105,7 @@ private:
     std::vector<ReceivedRequest> requests_;
 };
 
-template <class E, class F>
-std::optional<E> errorOf(F&& call) {
-    try {
-        call();
-    } catch (const E& error) {
-        return error;
-    }
-    return std::nullopt;
-}
+using nuvrel::test::errorOf;
 
 // Runs `call` on a task, cancels that task once `reached` is ready, and expects it to end in
 // base::Cancelled well before any time-out of the call could have ended it.
