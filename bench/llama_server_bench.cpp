@@ -66,7 +66,9 @@ void BM_SpawnToHealthy(benchmark::State& state) {
 }
 BENCHMARK(BM_SpawnToHealthy)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
 
-size_t discard(char*, size_t size, size_t count, void*) { return size * count; }
+size_t discard(char*, size_t size, size_t count, void*) {
+    return size * count;
+}
 
 // The same body to the same server through libcurl alone: the floor for one call.
 void BM_RoutedCallStraightWithCurl(benchmark::State& state) {
@@ -76,7 +78,8 @@ void BM_RoutedCallStraightWithCurl(benchmark::State& state) {
     const std::string body = llm::LlamaRequestBuilder::body(
         systemPrompt, userPrompt, schema, llm::LlamaServerBackend::modelName, 0.0, maxTokens,
         llm::LlamaServerBackend::schemaName, std::nullopt);
-    const std::string url = "http://127.0.0.1:" + std::to_string(benchPort) + "/v1/chat/completions";
+    const std::string url =
+        "http://127.0.0.1:" + std::to_string(benchPort) + "/v1/chat/completions";
     CURL* curl = curl_easy_init();
     curl_slist* headers = curl_slist_append(nullptr, "Content-Type: application/json");
     curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
@@ -90,16 +93,23 @@ void BM_RoutedCallStraightWithCurl(benchmark::State& state) {
     curl_easy_cleanup(curl);
     server.manager->stop();
 }
-BENCHMARK(BM_RoutedCallStraightWithCurl)->Unit(benchmark::kMillisecond)->Iterations(20)->UseRealTime();
+BENCHMARK(BM_RoutedCallStraightWithCurl)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(20)
+    ->UseRealTime();
 
 void BM_RoutedCallThroughManagedBackend(benchmark::State& state) {
     if (!serverAvailable(state)) return;
     RealServer server;
     server.manager->ensureRunning();
     llm::ManagedLlamaBackend managed(server.manager, server.backend(), "routing");
-    for (auto _ : state) benchmark::DoNotOptimize(managed.complete(systemPrompt, userPrompt, schema));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(managed.complete(systemPrompt, userPrompt, schema));
     server.manager->stop();
 }
-BENCHMARK(BM_RoutedCallThroughManagedBackend)->Unit(benchmark::kMillisecond)->Iterations(20)->UseRealTime();
+BENCHMARK(BM_RoutedCallThroughManagedBackend)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(20)
+    ->UseRealTime();
 
 }  // namespace

@@ -13,15 +13,21 @@ std::string newsBlock(int n) {
     return "<div class=\"site-header\"><nav class=\"main-nav\"><ul><li><a href=\"/a" + id +
            "\">Home</a></li><li><a href=\"/b\">World</a></li><li><a href=\"/c\">Sport</a></li>"
            "</ul></nav></div>"
-           "<div class=\"layout\"><article class=\"story\" id=\"story-" + id + "\">"
-           "<h2>Harbour pier " + id + " to close for repairs</h2>"
+           "<div class=\"layout\"><article class=\"story\" id=\"story-" +
+           id +
+           "\">"
+           "<h2>Harbour pier " +
+           id +
+           " to close for repairs</h2>"
            "<p class=\"byline\">By A. Reporter &middot; 3 March 2026</p>"
            "<div class=\"body\"><p>The harbour authority confirmed on Tuesday that the northern "
            "pier will close for repairs until the end of March, after engineers found corrosion "
            "in three of the steel piles during a routine inspection.</p>"
            "<p>Ferry services will move to the <a href=\"/south\">south quay</a> while the work "
            "goes on, and the caf&eacute; at the pier head stays open &mdash; for now."
-           "<script>track('p" + id + "');</script></p>"
+           "<script>track('p" +
+           id +
+           "');</script></p>"
            "<p>Residents said they had warned about the state of the pier for years; the council "
            "said a full survey would be published <em>before the summer</em>.<p>Unclosed "
            "paragraphs like this one are common in older templates and must keep their text."
@@ -36,8 +42,9 @@ std::string newsBlock(int n) {
 }
 
 std::string pageOf(std::size_t bytes) {
-    std::string html = "<!DOCTYPE html><html><head><meta charset=\"utf-8\"><title>Gazette</title>"
-                       "<style>p{margin:0}</style></head><body>";
+    std::string html =
+        "<!DOCTYPE html><html><head><meta charset=\"utf-8\"><title>Gazette</title>"
+        "<style>p{margin:0}</style></head><body>";
     for (int n = 0; html.size() < bytes; ++n) html += newsBlock(n);
     return html + "</body></html>";
 }
@@ -49,12 +56,14 @@ std::string articleOf100KB() {
         html += "<script>window.__data" + std::to_string(i) + " = {\"k\": \"" +
                 std::string(900, 'v') + "\"};</script>";
     }
-    html += "</head><body><header class=\"masthead\"><nav><a href=\"/\">Home</a></nav></header>"
-            "<main><article class=\"post\">";
+    html +=
+        "</head><body><header class=\"masthead\"><nav><a href=\"/\">Home</a></nav></header>"
+        "<main><article class=\"post\">";
     while (html.size() < 95 * 1024) {
-        html += "<p>Tidal flats store carbon in thick mud that builds up slowly over the "
-                "centuries, and the <a href=\"/x\">new survey</a> shows how fast it is lost when "
-                "sea walls cut them off from the tide.</p>";
+        html +=
+            "<p>Tidal flats store carbon in thick mud that builds up slowly over the "
+            "centuries, and the <a href=\"/x\">new survey</a> shows how fast it is lost when "
+            "sea walls cut them off from the tide.</p>";
     }
     html += "</article></main><footer class=\"footer\"><p>Contact us</p></footer></body></html>";
     return html;

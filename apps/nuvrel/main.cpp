@@ -1,12 +1,13 @@
 // nuvrel: the command-line front end. Parses the arguments and hands over to the library.
+#include <pthread.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <pthread.h>
 #include <thread>
-#include <unistd.h>
 
 #include "app/app_state.h"
 #include "app/command_line.h"
@@ -87,7 +88,8 @@ int main(int argc, char** argv) {
             command.options.language = core::appLanguageFromRawValue(*lang);
         }
     }
-    if (auto query = environmentValue("NUVREL_DEBUG_QUERY"); query && command.verb != app::CommandLine::Verb::ask) {
+    if (auto query = environmentValue("NUVREL_DEBUG_QUERY");
+        query && command.verb != app::CommandLine::Verb::ask) {
         command.verb = app::CommandLine::Verb::ask;
         command.options.sentence = *query;
     }

@@ -9,9 +9,9 @@ namespace nuvrel::answers {
 
 enum class CurrencyCode { usd, krw, jpy, eur, gbp, cny };
 
-inline constexpr std::array<CurrencyCode, 6> allCurrencyCodes{
-    CurrencyCode::usd, CurrencyCode::krw, CurrencyCode::jpy,
-    CurrencyCode::eur, CurrencyCode::gbp, CurrencyCode::cny};
+inline constexpr std::array<CurrencyCode, 6> allCurrencyCodes{CurrencyCode::usd, CurrencyCode::krw,
+                                                              CurrencyCode::jpy, CurrencyCode::eur,
+                                                              CurrencyCode::gbp, CurrencyCode::cny};
 
 // "USD", "KRW", ...
 std::string_view rawValue(CurrencyCode code);

@@ -31,12 +31,15 @@ std::string webAnswerText(const core::WebAnswer& answer, const core::LocalizedSt
     std::string out;
     if (answer.fallbackNotice) appendLine(out, strings.webAnswerFallbackNotice);
     if (answer.summary) appendLine(out, *answer.summary);
-    if (answer.summaryModelName) appendLine(out, filled(strings.webAnswerSummarizedByTemplate, *answer.summaryModelName));
+    if (answer.summaryModelName)
+        appendLine(out, filled(strings.webAnswerSummarizedByTemplate, *answer.summaryModelName));
     if (!answer.sources.empty()) {
         appendLine(out, strings.webAnswerSourcesLabel);
-        for (const auto& source : answer.sources) appendLine(out, "  " + source.title + " — " + source.url);
+        for (const auto& source : answer.sources)
+            appendLine(out, "  " + source.title + " — " + source.url);
     }
-    if (!answer.summary && answer.sources.empty()) appendLine(out, strings.webAnswerNoResultsMessage);
+    if (!answer.summary && answer.sources.empty())
+        appendLine(out, strings.webAnswerNoResultsMessage);
     return out;
 }
 
@@ -45,7 +48,8 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
         [&](const auto& value) -> std::string {
             using T = std::decay_t<decltype(value)>;
             std::string out;
-            if constexpr (std::is_same_v<T, Result::Calculation> || std::is_same_v<T, Result::CurrencyConversion>) {
+            if constexpr (std::is_same_v<T, Result::Calculation> ||
+                          std::is_same_v<T, Result::CurrencyConversion>) {
                 appendLine(out, value.display);
             } else if constexpr (std::is_same_v<T, Result::HelpOverview>) {
                 appendLine(out, strings.helpHeaderTitle);
@@ -53,40 +57,50 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
                 for (const auto& item : strings.helpItems) appendLine(out, "  • " + item);
             } else if constexpr (std::is_same_v<T, Result::Files>) {
                 appendLine(out, strings.finderHeaderTitle);
-                for (const auto& hit : value.hits) appendLine(out, "  " + hit.path + "  " + hit.modifiedDate);
-            } else if constexpr (std::is_same_v<T, Result::Events> || std::is_same_v<T, Result::CalendarDeleteConfirmation>) {
+                for (const auto& hit : value.hits)
+                    appendLine(out, "  " + hit.path + "  " + hit.modifiedDate);
+            } else if constexpr (std::is_same_v<T, Result::Events> ||
+                                 std::is_same_v<T, Result::CalendarDeleteConfirmation>) {
                 appendLine(out, strings.calendarHeaderTitle + " · " + value.dayLabel);
                 if (value.events.empty()) appendLine(out, strings.calendarNoEventsMessage);
                 for (const auto& event : value.events) {
-                    appendLine(out, "  " + (event.isAllDay ? std::string(strings.calendarAllDayLabel)
-                                                           : event.startTime + "–" + event.endTime) +
+                    appendLine(out, "  " +
+                                        (event.isAllDay ? std::string(strings.calendarAllDayLabel)
+                                                        : event.startTime + "–" + event.endTime) +
                                         "  " + event.title);
                 }
-            } else if constexpr (std::is_same_v<T, Result::MessageDraft> || std::is_same_v<T, Result::MessageSent>) {
+            } else if constexpr (std::is_same_v<T, Result::MessageDraft> ||
+                                 std::is_same_v<T, Result::MessageSent>) {
                 out = draftText(value.draft, strings);
             } else if constexpr (std::is_same_v<T, Result::NowPlaying>) {
-                appendLine(out, std::string(value.nowPlaying.isPlaying ? strings.musicNowPlayingLabel : strings.musicPausedLabel) +
-                                    ": " + value.nowPlaying.track + " — " + value.nowPlaying.artist);
+                appendLine(out,
+                           std::string(value.nowPlaying.isPlaying ? strings.musicNowPlayingLabel
+                                                                  : strings.musicPausedLabel) +
+                               ": " + value.nowPlaying.track + " — " + value.nowPlaying.artist);
             } else if constexpr (std::is_same_v<T, Result::WebAnswer>) {
                 out = webAnswerText(value.answer, strings);
             } else if constexpr (std::is_same_v<T, Result::Empty>) {
                 appendLine(out, filled(strings.finderNoMatchTemplate, value.query));
             } else if constexpr (std::is_same_v<T, Result::NeedsPermission>) {
-                appendLine(out, filled(strings.permissionGenericTitleTemplate, core::rawValue(value.permission)));
+                appendLine(out, filled(strings.permissionGenericTitleTemplate,
+                                       core::rawValue(value.permission)));
             } else if constexpr (std::is_same_v<T, Result::TimerSet>) {
                 appendLine(out, strings.timerHeaderTitle + ": " + value.displayText);
             } else if constexpr (std::is_same_v<T, Result::TimerCancelled>) {
                 appendLine(out, strings.timerHeaderTitle + ": " + std::to_string(value.count));
             } else if constexpr (std::is_same_v<T, Result::Weather>) {
                 const auto& w = value.answer;
-                appendLine(out, w.locationName + "  " + std::to_string(static_cast<int>(w.temperatureC)) + "°  " + w.condition);
+                appendLine(out, w.locationName + "  " +
+                                    std::to_string(static_cast<int>(w.temperatureC)) + "°  " +
+                                    w.condition);
             } else if constexpr (std::is_same_v<T, Result::AppLaunched>) {
                 appendLine(out, filled(strings.appLaunchedTemplate, value.name));
             } else if constexpr (std::is_same_v<T, Result::DocumentSummary>) {
                 appendLine(out, strings.documentSummaryHeaderTitle + " · " + value.fileName);
                 appendLine(out, value.summary);
             } else if constexpr (std::is_same_v<T, Result::SystemCommandExecuted>) {
-                appendLine(out, strings.systemCommandHeaderTitle + ": " + std::string(core::rawValue(value.command)));
+                appendLine(out, strings.systemCommandHeaderTitle + ": " +
+                                    std::string(core::rawValue(value.command)));
             } else if constexpr (std::is_same_v<T, Result::ScreenshotTaken>) {
                 appendLine(out, value.path);
             } else if constexpr (std::is_same_v<T, Result::ClipboardHistory>) {
@@ -96,7 +110,8 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
                 appendLine(out, filled(strings.deleteFileConfirmMessageTemplate, value.file.name));
             } else if constexpr (std::is_same_v<T, Result::FileDeleted>) {
                 appendLine(out, filled(strings.deleteFileDeletedTemplate, value.name));
-            } else if constexpr (std::is_same_v<T, Result::CalendarEventDeleted> || std::is_same_v<T, Result::ReminderDeleted> ||
+            } else if constexpr (std::is_same_v<T, Result::CalendarEventDeleted> ||
+                                 std::is_same_v<T, Result::ReminderDeleted> ||
                                  std::is_same_v<T, Result::NoteDeleted>) {
                 appendLine(out, "✓ " + value.title);
             } else if constexpr (std::is_same_v<T, Result::ReminderSet>) {
@@ -106,14 +121,17 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
             } else if constexpr (std::is_same_v<T, Result::NoteDeleteConfirmation>) {
                 for (const auto& item : value.notes) appendLine(out, "  " + item.title);
             } else if constexpr (std::is_same_v<T, Result::WindowArranged>) {
-                appendLine(out, strings.windowHeaderTitle + ": " + value.appName + " (" + std::string(core::rawValue(value.action)) + ")");
+                appendLine(out, strings.windowHeaderTitle + ": " + value.appName + " (" +
+                                    std::string(core::rawValue(value.action)) + ")");
             } else if constexpr (std::is_same_v<T, Result::NoteSaved>) {
                 appendLine(out, strings.noteSavedLabel);
                 appendLine(out, value.content);
             } else {
                 static_assert(std::is_same_v<T, Result::Translation>, "every case has a text");
                 appendLine(out, value.translatedText);
-                if (value.modelName) appendLine(out, filled(strings.translateTranslatedByTemplate, *value.modelName));
+                if (value.modelName)
+                    appendLine(out,
+                               filled(strings.translateTranslatedByTemplate, *value.modelName));
             }
             return out;
         },
@@ -124,7 +142,8 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
 
 std::string cardText(const core::PipelineOutcome& outcome, const core::LocalizedStrings& strings) {
     switch (outcome.kind()) {
-        case core::PipelineOutcome::Kind::result: return resultText(*outcome.asResult(), strings);
+        case core::PipelineOutcome::Kind::result:
+            return resultText(*outcome.asResult(), strings);
         case core::PipelineOutcome::Kind::confirm: {
             const auto* draft = outcome.asConfirm()->get<core::MessageDraft>();
             return draft ? draftText(*draft, strings) : std::string();
@@ -136,7 +155,8 @@ std::string cardText(const core::PipelineOutcome& outcome, const core::Localized
             if (error.recoverySuggestion) appendLine(out, *error.recoverySuggestion);
             return out;
         }
-        case core::PipelineOutcome::Kind::cancelled: return {};
+        case core::PipelineOutcome::Kind::cancelled:
+            return {};
     }
     return {};
 }

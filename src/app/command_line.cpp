@@ -11,13 +11,15 @@ namespace {
 
 // "--name value" or "--name=value".
 bool isOption(const std::string& arg, std::string_view name) {
-    return arg == name || (arg.starts_with(name) && arg.size() > name.size() && arg[name.size()] == '=');
+    return arg == name ||
+           (arg.starts_with(name) && arg.size() > name.size() && arg[name.size()] == '=');
 }
 
 // The value of the option at args[i]; moves i past a separate value.
 std::optional<std::string> optionValue(const std::vector<std::string>& args, std::size_t& i) {
     const std::string& arg = args[i];
-    if (const auto equals = arg.find('='); equals != std::string::npos) return arg.substr(equals + 1);
+    if (const auto equals = arg.find('='); equals != std::string::npos)
+        return arg.substr(equals + 1);
     if (i + 1 == args.size()) return std::nullopt;
     return args[++i];
 }
@@ -43,7 +45,8 @@ std::optional<UsageError> parseLimit(const std::vector<std::string>& args, std::
     return std::nullopt;
 }
 
-std::optional<UsageError> parseNetlogOptions(const std::vector<std::string>& args, NetlogOptions& options) {
+std::optional<UsageError> parseNetlogOptions(const std::vector<std::string>& args,
+                                             NetlogOptions& options) {
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--json") {
@@ -78,7 +81,8 @@ std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std
         } else if (isOption(arg, "--lang")) {
             if (auto error = parseLanguage(args, i, options.language)) return error;
         } else {
-            return UsageError{"unknown option " + arg + " (a sentence that starts with \"-\" goes after --)"};
+            return UsageError{"unknown option " + arg +
+                              " (a sentence that starts with \"-\" goes after --)"};
         }
     }
     return std::nullopt;
@@ -128,10 +132,12 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     }
     line.options.sentence = base::text::nfc(base::text::trim(sentence));
     if (ask) {
-        if (line.options.sentence.empty()) return UsageError{"ask needs a sentence, e.g. nuvrel ask \"15% of 80\""};
+        if (line.options.sentence.empty())
+            return UsageError{"ask needs a sentence, e.g. nuvrel ask \"15% of 80\""};
         line.verb = CommandLine::Verb::ask;
     } else if (!words.empty()) {
-        return UsageError{"a sentence goes after ask: nuvrel ask \"" + line.options.sentence + "\""};
+        return UsageError{"a sentence goes after ask: nuvrel ask \"" + line.options.sentence +
+                          "\""};
     }
     return line;
 }

@@ -48,16 +48,19 @@ std::optional<std::filesystem::path> untilInterrupted(
 }  // namespace
 
 int runInstallServerCommand(NetworkActivityLog& log, std::ostream& out, std::ostream& err) {
-    auto operations = Installer::liveOperations([&log](std::string_view host, std::string_view path) {
-        log.record(std::string(host), std::string(path), NetworkActivityLog::Purpose::modelDownload);
-    });
+    auto operations =
+        Installer::liveOperations([&log](std::string_view host, std::string_view path) {
+            log.record(std::string(host), std::string(path),
+                       NetworkActivityLog::Purpose::modelDownload);
+        });
     operations.runInstall = [&err](const std::filesystem::path& script) {
         err << "nuvrel: building llama-server with " << script.string()
             << " (ten minutes or more, the first time only)" << std::endl;
         Installer::liveRunInstall(script, "/dev/stderr");
     };
     try {
-        if (auto binary = untilInterrupted([&] { return Installer::installIfMissing(operations); })) {
+        if (auto binary =
+                untilInterrupted([&] { return Installer::installIfMissing(operations); })) {
             out << binary->string() << "\n";
             return exitResult;
         }

@@ -8,13 +8,13 @@
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
-#include "pipeline/router_prompt.h"
 #include "pipeline/pipeline.h"
+#include "pipeline/router_prompt.h"
 
 namespace nuvrel::app {
 
 LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
-                             std::shared_ptr<base::HttpSession> session, int routerPort) {
+                            std::shared_ptr<base::HttpSession> session, int routerPort) {
     const auto resolved = llm::resolveModelPath(userDefaults.string(settingsKey::modelFile),
                                                 llm::modelsDirectory(), llm::liveFileExists);
     const std::string fileName = resolved.path.filename().string();
@@ -73,7 +73,8 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         pipeline->registry = core::CapabilityRegistry({webSearch});
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
-            !forbidden && defaults->string(settingsKey::networkFeaturesEnabled).value_or("1") != "0";
+            !forbidden &&
+            defaults->string(settingsKey::networkFeaturesEnabled).value_or("1") != "0";
         return std::shared_ptr<const pipeline::PipelineRunning>(std::move(pipeline));
     };
 }
@@ -83,7 +84,8 @@ namespace {
 std::optional<std::string> variable(const char* const* environment, std::string_view name) {
     for (auto entry = environment; entry && *entry; ++entry) {
         std::string_view text(*entry);
-        if (text.size() > name.size() && text.substr(0, name.size()) == name && text[name.size()] == '=') {
+        if (text.size() > name.size() && text.substr(0, name.size()) == name &&
+            text[name.size()] == '=') {
             return std::string(text.substr(name.size() + 1));
         }
     }

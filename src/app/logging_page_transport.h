@@ -13,7 +13,8 @@ namespace nuvrel::app {
 
 class LoggingPageTransport : public wayfen::PageTransport {
 public:
-    LoggingPageTransport(wayfen::PageTransportPtr wrapping, std::shared_ptr<NetworkActivityLog> log);
+    LoggingPageTransport(wayfen::PageTransportPtr wrapping,
+                         std::shared_ptr<NetworkActivityLog> log);
 
     wayfen::RawPageResponse fetchPage(const base::Url& url) const override;
 

@@ -8,7 +8,10 @@ LoggingWebSearchTransport::LoggingWebSearchTransport(wayfen::WebSearchTransportP
                                                      std::string host,
                                                      NetworkActivityLog::Purpose purpose,
                                                      std::shared_ptr<NetworkActivityLog> log)
-    : wrapped_(std::move(wrapping)), host_(std::move(host)), purpose_(purpose), log_(std::move(log)) {}
+    : wrapped_(std::move(wrapping)),
+      host_(std::move(host)),
+      purpose_(purpose),
+      log_(std::move(log)) {}
 
 std::string LoggingWebSearchTransport::fetchResultsHTML(const std::string& query) const {
     // A fixed path, whatever the provider's own: the query must never reach the log.

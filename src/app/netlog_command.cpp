@@ -86,8 +86,9 @@ std::string netlogText(const NetlogReport& report, const core::LocalizedStrings&
         const std::size_t pathWidth = widest(report.entries, &Entry::path);
         for (const auto& entry : report.entries) {
             const auto purpose = static_cast<std::size_t>(entry.purpose);
-            out += base::formatTime(entry.timestamp, "%Y-%m-%d %H:%M:%S", false) + "  " + padded(entry.host, hostWidth) + "  " +
-                   padded(entry.path, pathWidth) + "  " + strings.networkActivityPurposeLabel(purpose) + "\n";
+            out += base::formatTime(entry.timestamp, "%Y-%m-%d %H:%M:%S", false) + "  " +
+                   padded(entry.host, hostWidth) + "  " + padded(entry.path, pathWidth) + "  " +
+                   strings.networkActivityPurposeLabel(purpose) + "\n";
         }
     }
     out += "\n" + summary(report, strings) + "\n";

@@ -89,7 +89,8 @@ std::string encodeNetworkActivity(const std::vector<NetworkActivityLog::Entry>& 
     return array.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-std::optional<std::vector<NetworkActivityLog::Entry>> decodeNetworkActivity(const std::string& text) {
+std::optional<std::vector<NetworkActivityLog::Entry>> decodeNetworkActivity(
+    const std::string& text) {
     const json parsed = json::parse(text, nullptr, false);
     if (!parsed.is_array()) return std::nullopt;
     std::vector<NetworkActivityLog::Entry> entries;

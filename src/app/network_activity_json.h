@@ -14,7 +14,8 @@
 
 namespace nuvrel::app {
 
-// The form base::iso8601Timestamp writes; also takes a fraction of a second and a "+09:00" style offset; nothing for anything else.
+// The form base::iso8601Timestamp writes; also takes a fraction of a second and a "+09:00" style
+// offset; nothing for anything else.
 std::optional<std::chrono::system_clock::time_point> parseISO8601Timestamp(std::string_view text);
 
 nlohmann::ordered_json networkActivityEntryJSON(const NetworkActivityLog::Entry& entry);
@@ -22,6 +23,7 @@ nlohmann::ordered_json networkActivityEntryJSON(const NetworkActivityLog::Entry&
 std::string encodeNetworkActivity(const std::vector<NetworkActivityLog::Entry>& entries);
 // Nothing when the text is not such an array or any entry in it is malformed: a damaged file
 // is dropped whole rather than read in part.
-std::optional<std::vector<NetworkActivityLog::Entry>> decodeNetworkActivity(const std::string& text);
+std::optional<std::vector<NetworkActivityLog::Entry>> decodeNetworkActivity(
+    const std::string& text);
 
 }  // namespace nuvrel::app

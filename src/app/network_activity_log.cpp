@@ -12,8 +12,8 @@ namespace nuvrel::app {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> purposeRawValues{
-    "webSearch", "weather", "currency", "modelDownload", "modelUpdateCheck"};
+constexpr std::array<std::string_view, 5> purposeRawValues{"webSearch", "weather", "currency",
+                                                           "modelDownload", "modelUpdateCheck"};
 
 }  // namespace
 
@@ -59,8 +59,9 @@ std::size_t NetworkActivityLog::count(std::chrono::seconds within) const {
     const auto cutoff = now_() - within;
     std::lock_guard lock(mutex_);
     loadIfNeeded();
-    return static_cast<std::size_t>(std::count_if(
-        entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.timestamp >= cutoff; }));
+    return static_cast<std::size_t>(
+        std::count_if(entries_.begin(), entries_.end(),
+                      [&](const Entry& entry) { return entry.timestamp >= cutoff; }));
 }
 
 bool NetworkActivityLog::isAtCapacity() const {
@@ -75,7 +76,8 @@ void NetworkActivityLog::loadIfNeeded() const {
     if (!fileURL_) return;
     // A missing or damaged file reads as empty; the next record replaces it.
     const auto bytes = base::readFile(*fileURL_);
-    auto loaded = bytes ? decodeNetworkActivity(*bytes).value_or(std::vector<Entry>{}) : std::vector<Entry>{};
+    auto loaded =
+        bytes ? decodeNetworkActivity(*bytes).value_or(std::vector<Entry>{}) : std::vector<Entry>{};
     // A file from before loopback calls were left out may still hold some.
     std::erase_if(loaded, [](const Entry& entry) { return isLoopbackHost(entry.host); });
     entries_ = std::move(loaded);

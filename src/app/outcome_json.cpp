@@ -65,7 +65,9 @@ ordered_json list(const std::vector<Item>& items, ToJSON toJSON) {
 }
 
 ordered_json reminderJSON(const core::ReminderListItem& item) {
-    return {{"title", item.title}, {"dueLabel", optional(item.dueLabel)}, {"identifier", item.identifier}};
+    return {{"title", item.title},
+            {"dueLabel", optional(item.dueLabel)},
+            {"identifier", item.identifier}};
 }
 
 ordered_json noteJSON(const core::NoteListItem& item) {
@@ -100,7 +102,8 @@ ordered_json payload(const Result::Storage& storage) {
             } else if constexpr (std::is_same_v<T, Result::NeedsPermission>) {
                 return {{"permission", core::rawValue(value.permission)}};
             } else if constexpr (std::is_same_v<T, Result::TimerSet>) {
-                return {{"fireDate", base::iso8601Timestamp(value.fireDate)}, {"displayText", value.displayText}};
+                return {{"fireDate", base::iso8601Timestamp(value.fireDate)},
+                        {"displayText", value.displayText}};
             } else if constexpr (std::is_same_v<T, Result::TimerCancelled>) {
                 return {{"count", value.count}};
             } else if constexpr (std::is_same_v<T, Result::Calculation> ||
@@ -118,7 +121,9 @@ ordered_json payload(const Result::Storage& storage) {
                                  std::is_same_v<T, Result::FileDeleted>) {
                 return {{"name", value.name}};
             } else if constexpr (std::is_same_v<T, Result::DocumentSummary>) {
-                return {{"fileName", value.fileName}, {"filePath", value.filePath}, {"summary", value.summary}};
+                return {{"fileName", value.fileName},
+                        {"filePath", value.filePath},
+                        {"summary", value.summary}};
             } else if constexpr (std::is_same_v<T, Result::SystemCommandExecuted>) {
                 return {{"command", core::rawValue(value.command)}};
             } else if constexpr (std::is_same_v<T, Result::ScreenshotTaken>) {
@@ -175,16 +180,17 @@ ordered_json planJSON(const core::ActionPlan& plan) {
                                                  {"location", optional(record.location)},
                                                  {"dateRange", optional(record.dateRange)}});
             } else if constexpr (std::is_same_v<T, core::CalendarRange>) {
-                return withCase("calendarQuery",
-                                {{"dateRange", record.dateRange}, {"keyword", optional(record.keyword)}});
+                return withCase("calendarQuery", {{"dateRange", record.dateRange},
+                                                  {"keyword", optional(record.keyword)}});
             } else if constexpr (std::is_same_v<T, core::MessageDraft>) {
                 return withCase("messageSend", draftFields(record));
             } else if constexpr (std::is_same_v<T, core::MusicCommand>) {
-                return withCase("musicPlay",
-                                {{"query", optional(record.query)}, {"action", core::rawValue(record.action)}});
+                return withCase("musicPlay", {{"query", optional(record.query)},
+                                              {"action", core::rawValue(record.action)}});
             } else {
                 static_assert(std::is_same_v<T, core::WebQuery>, "every plan has a case");
-                return withCase("webSearch", {{"query", record.query}, {"wantAnswer", record.wantAnswer}});
+                return withCase("webSearch",
+                                {{"query", record.query}, {"wantAnswer", record.wantAnswer}});
             }
         },
         plan.storage());
@@ -199,11 +205,13 @@ ordered_json outcomeJSON(const core::PipelineOutcome& outcome) {
         case core::PipelineOutcome::Kind::error: {
             const auto& error = *outcome.asError();
             return {{"outcome", "error"},
-                    {"error", {{"message", error.message},
-                               {"recoverySuggestion", optional(error.recoverySuggestion)},
-                               {"retryable", error.retryable}}}};
+                    {"error",
+                     {{"message", error.message},
+                      {"recoverySuggestion", optional(error.recoverySuggestion)},
+                      {"retryable", error.retryable}}}};
         }
-        case core::PipelineOutcome::Kind::cancelled: return {{"outcome", "cancelled"}};
+        case core::PipelineOutcome::Kind::cancelled:
+            return {{"outcome", "cancelled"}};
     }
     return {{"outcome", "cancelled"}};
 }

@@ -14,18 +14,22 @@ namespace {
 
 int exitStatusOf(const core::PipelineOutcome& outcome) {
     switch (outcome.kind()) {
-        case core::PipelineOutcome::Kind::error: return exitError;
-        case core::PipelineOutcome::Kind::cancelled: return exitCancelled;
-        default: return exitResult;
+        case core::PipelineOutcome::Kind::error:
+            return exitError;
+        case core::PipelineOutcome::Kind::cancelled:
+            return exitCancelled;
+        default:
+            return exitResult;
     }
 }
 
 nlohmann::ordered_json chainJSON(const std::vector<ChainStepState>& steps) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const auto& step : steps) {
-        list.push_back({{"subQuery", step.subQuery},
-                        {"outcome", step.outcome ? outcomeJSON(*step.outcome)
-                                                 : outcomeJSON(core::PipelineOutcome::cancelled())}});
+        list.push_back(
+            {{"subQuery", step.subQuery},
+             {"outcome", step.outcome ? outcomeJSON(*step.outcome)
+                                      : outcomeJSON(core::PipelineOutcome::cancelled())}});
     }
     return {{"outcome", "chain"}, {"steps", list}};
 }
@@ -49,8 +53,10 @@ int TerminalSession::printSettled() {
     const auto& strings = core::LocalizedStrings::strings(state_->lang());
     const Phase& phase = state_->phase();
     if (const auto* outcome = phase.asResult()) {
-        if (json_) out_ << outcomeJSON(*outcome).dump() << '\n';
-        else out_ << cardText(*outcome, strings);
+        if (json_)
+            out_ << outcomeJSON(*outcome).dump() << '\n';
+        else
+            out_ << cardText(*outcome, strings);
         return exitStatusOf(*outcome);
     }
     if (const auto* steps = phase.asChain()) {
@@ -58,7 +64,8 @@ int TerminalSession::printSettled() {
         if (json_) out_ << chainJSON(*steps).dump() << '\n';
         for (const auto& step : *steps) {
             const auto outcome = step.outcome.value_or(core::PipelineOutcome::cancelled());
-            if (!json_) out_ << step.id + 1 << ". " << step.subQuery << '\n' << cardText(outcome, strings);
+            if (!json_)
+                out_ << step.id + 1 << ". " << step.subQuery << '\n' << cardText(outcome, strings);
             if (exitStatusOf(outcome) != exitResult) status = exitStatusOf(outcome);
         }
         return status;

@@ -71,9 +71,13 @@ void CancellationState::removeCallback(CallbackID id) {
     });
 }
 
-std::shared_ptr<CancellationState> currentCancellation() { return currentState; }
+std::shared_ptr<CancellationState> currentCancellation() {
+    return currentState;
+}
 
-bool isCancelled() { return currentState && currentState->isCancelled(); }
+bool isCancelled() {
+    return currentState && currentState->isCancelled();
+}
 
 void checkCancellation() {
     if (isCancelled()) throw Cancelled();
@@ -82,7 +86,9 @@ void checkCancellation() {
 CancellationScope::CancellationScope(std::shared_ptr<CancellationState> state)
     : previous_(std::exchange(currentState, std::move(state))) {}
 
-CancellationScope::~CancellationScope() { currentState = std::move(previous_); }
+CancellationScope::~CancellationScope() {
+    currentState = std::move(previous_);
+}
 
 CancelCallback::CancelCallback(std::function<void()> callback) : state_(currentState) {
     if (state_) id_ = state_->addCallback(std::move(callback));

@@ -13,7 +13,8 @@ namespace nuvrel::base {
 namespace {
 
 [[noreturn]] void fail(const char* what, const std::filesystem::path& path) {
-    throw std::filesystem::filesystem_error(what, path, std::error_code(errno, std::generic_category()));
+    throw std::filesystem::filesystem_error(what, path,
+                                            std::error_code(errno, std::generic_category()));
 }
 
 void writeAll(int fd, std::string_view bytes, const std::filesystem::path& path) {

@@ -104,7 +104,9 @@ class TaskGroup {
     static_assert(!std::is_void_v<T>, "a group collects values; use bool or a small struct");
 
 public:
-    TaskGroup() : state_(std::make_shared<State>()) { state_->cancellation = detail::childOfCurrent(); }
+    TaskGroup() : state_(std::make_shared<State>()) {
+        state_->cancellation = detail::childOfCurrent();
+    }
     TaskGroup(const TaskGroup&) = delete;
     TaskGroup& operator=(const TaskGroup&) = delete;
     ~TaskGroup() {
@@ -120,22 +122,22 @@ public:
             state_->slots.emplace_back();
         }
         auto cancellation = state_->cancellation->makeChild();
-        threads_.emplace_back([state = state_, index, cancellation,
-                               body = std::forward<F>(body)]() mutable {
-            CancellationScope scope(cancellation);
-            std::optional<T> result;
-            std::exception_ptr error;
-            try {
-                result.emplace(body());
-            } catch (...) {
-                error = std::current_exception();
-            }
-            std::lock_guard lock(state->mutex);
-            state->slots[index].result = std::move(result);
-            state->slots[index].error = error;
-            state->finishedOrder.push_back(index);
-            state->changed.notify_all();
-        });
+        threads_.emplace_back(
+            [state = state_, index, cancellation, body = std::forward<F>(body)]() mutable {
+                CancellationScope scope(cancellation);
+                std::optional<T> result;
+                std::exception_ptr error;
+                try {
+                    result.emplace(body());
+                } catch (...) {
+                    error = std::current_exception();
+                }
+                std::lock_guard lock(state->mutex);
+                state->slots[index].result = std::move(result);
+                state->slots[index].error = error;
+                state->finishedOrder.push_back(index);
+                state->changed.notify_all();
+            });
     }
 
     // The next child to finish: its index in the order of add() and its value; rethrows what

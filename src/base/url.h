@@ -17,7 +17,7 @@
 namespace nuvrel::base {
 
 class Url {
-  public:
+public:
     // The empty URL: no address at all. HttpSession refuses it.
     Url() = default;
 
@@ -62,7 +62,7 @@ class Url {
 
     friend bool operator==(const Url& a, const Url& b) { return a.text_ == b.text_; }
 
-  private:
+private:
     std::string text_;
     std::string scheme_;
     std::string host_;

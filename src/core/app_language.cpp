@@ -1,4 +1,5 @@
 #include "core/app_language.h"
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {

@@ -12,7 +12,7 @@ namespace nuvrel::core {
 enum class AppLanguage { en, ko, zh, ja };
 
 inline constexpr std::array<AppLanguage, 4> allAppLanguages{AppLanguage::en, AppLanguage::ko,
-                                                           AppLanguage::zh, AppLanguage::ja};
+                                                            AppLanguage::zh, AppLanguage::ja};
 
 std::string_view rawValue(AppLanguage language);
 std::optional<AppLanguage> appLanguageFromRawValue(std::string_view raw);

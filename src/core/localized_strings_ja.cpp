@@ -14,14 +14,24 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .hotkeyLabel = "キーボードショートカット",
         .hotkeyHint = "どこからでもFarlumeを呼び出せます",
         .networkFeaturesLabel = "ネットワーク機能",
-        .networkFeaturesHint = "デバイス上のLLM推論がMacの外に出ることはありません。ネットワークを使うのはWeb検索、天気、通貨換算だけです。オフにすると、すべてのクエリを完全にオフラインで処理します。（モデルのインストール時は引き続きインターネットからダウンロードします。）",
+        .networkFeaturesHint =
+            "デバイス上のLLM推論がMacの外に出ることはありません。ネットワークを使うのはWeb検索、天"
+            "気、通貨換算だけです。オフにすると、すべてのクエリを完全にオフラインで処理します。（モ"
+            "デルのインストール時は引き続きインターネットからダウンロードします。）",
         .memorySavingModeLabel = "メモリ節約モード",
-        .memorySavingModeHint = "使用していないときは要約モデルを解放してメモリを空けます。次の要約は開始までに1秒ほど長くかかる場合があります。",
+        .memorySavingModeHint =
+            "使用していないときは要約モデルを解放してメモリを空けます。次の要約は開始までに1秒ほど"
+            "長くかかる場合があります。",
         .modelUpdateCheckLabel = "新しいAIモデルを確認",
-        .modelUpdateCheckHint = "改良されたデバイス上のモデルがないか、1日に1回程度確認します。取得するのは小さなマニフェストファイルだけで、モデル本体はダウンロードを選んだときにのみダウンロードされます。",
+        .modelUpdateCheckHint =
+            "改良されたデバイス上のモデルがないか、1日に1回程度確認します。取得するのは小さなマニフ"
+            "ェストファイルだけで、モデル本体はダウンロードを選んだときにのみダウンロードされます"
+            "。",
         .modelUpdateAvailableTemplate = "新しいAIモデルを利用できます：%@",
         .modelUpdateUpToDateMessage = "AIモデルは最新です。",
-        .modelUpdateNeedsAppUpdateMessage = "新しいAIモデルを利用できますが、新しいバージョンのFarlumeが必要です。先にアプリをアップデートしてください。",
+        .modelUpdateNeedsAppUpdateMessage =
+            "新しいAIモデルを利用できますが、新しいバージョンのFarlumeが必要です。先にアプリをアッ"
+            "プデートしてください。",
         .modelUpdateCheckNowLabel = "今すぐ確認",
         .toggleOnLabel = "オン",
         .toggleOffLabel = "オフ",
@@ -30,24 +40,31 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .settingsLabel = "設定",
         .lightThemeLabel = "ライト",
         .darkThemeLabel = "ダーク",
-        .sugg = {
-            "東京の天気",
-            "5分のタイマーをセットして",
-            "12 * 7",
-            "100ドルは何円？",
-            "15時に母に電話するってリマインドして",
-            "おはようを英語に翻訳して",
-            "左半分",
-            "スクリーンショット",
-        },
+        .sugg =
+            {
+                "東京の天気",
+                "5分のタイマーをセットして",
+                "12 * 7",
+                "100ドルは何円？",
+                "15時に母に電話するってリマインドして",
+                "おはようを英語に翻訳して",
+                "左半分",
+                "スクリーンショット",
+            },
         .llmUnavailableMessage = "ローカルモデルに接続できませんでした",
-        .llmUnavailableRecovery = "Kestrune-nanoがインストールされていることを確認してから、もう一度お試しください。",
+        .llmUnavailableRecovery =
+            "Kestrune-nanoがインストールされていることを確認してから、もう一度お試しください。",
         .inputTooLongMessage = "デバイス上のモデルで処理するにはテキストが長すぎます",
-        .inputTooLongRecovery = "もっと短いクエリでもう一度お試しください。モデルが一度に読み取れる量には限りがあります。",
-        .llmUnavailableDownloadingTemplate = "モデルをダウンロード中です（%@%）。完了すると自動的に使えるようになります。",
+        .inputTooLongRecovery =
+            "もっと短いクエリでもう一度お試しください。モデルが一度に読み取れる量には限りがあります"
+            "。",
+        .llmUnavailableDownloadingTemplate =
+            "モデルをダウンロード中です（%@%）。完了すると自動的に使えるようになります。",
         .modelDownloadingLabel = "モデルを準備中",
         .networkFeaturesOfflineMessage = "ネットワーク機能がオフになっています",
-        .networkFeaturesOfflineRecovery = "Web検索、天気、通貨換算を使うには、「設定」＞「一般」で「ネットワーク機能」をオンにしてください。",
+        .networkFeaturesOfflineRecovery =
+            "Web検索、天気、通貨換算を使うには、「設定」＞「一般」で「ネットワーク機能」をオンにし"
+            "てください。",
         .missingSlotTemplate = "必要な情報が足りません：%@",
         .capabilityUnavailableMessage = "その操作はまだ利用できません",
         .webAnswerHeaderTitle = "Webの回答",
@@ -56,7 +73,8 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .webAnswerSourcesLabel = "出典",
         .webAnswerExtractiveSourceLabel = "最上位の検索結果からの抜粋",
         .webAnswerOpenInBrowser = "ブラウザで開く",
-        .webAnswerFallbackNotice = "Farlumeは操作として認識できなかったため、代わりにWebを検索しました。",
+        .webAnswerFallbackNotice =
+            "Farlumeは操作として認識できなかったため、代わりにWebを検索しました。",
         .webSearchNetworkFailureMessage = "インターネット接続を確認してください",
         .webSearchNetworkFailureRecovery = "しばらくしてからもう一度検索してください。",
         .webSearchBlockedMessage = "検索サービスが一時的にリクエストを制限しています",
@@ -64,7 +82,9 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .finderHeaderTitle = "ファイル",
         .finderDocumentsFoundTemplate = "%@件の書類が見つかりました",
         .finderNoMatchTemplate = "「%@」に一致するファイルはありません",
-        .finderLimitedScopeHint = "ホームフォルダのみを検索しました · Mac全体を検索するにはフルディスクアクセスを許可してください",
+        .finderLimitedScopeHint =
+            "ホームフォルダのみを検索しました · "
+            "Mac全体を検索するにはフルディスクアクセスを許可してください",
         .finderRevealInFinder = "Finderに表示",
         .finderSearchAllDocuments = "FinderでMac全体を検索",
         .finderDocumentsFoundSingular = "1件の書類が見つかりました",
@@ -82,7 +102,8 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .modelNotInstalledYetLabel = "モデルがまだインストールされていません",
         .modelSwitchFailedMessage = "そのモデルに切り替えられませんでした",
         .modelRemoveMenuItem = "モデルを削除",
-        .modelRemoveCurrentlySelectedMessage = "このモデルを削除する前に、別のモデルに切り替えてください",
+        .modelRemoveCurrentlySelectedMessage =
+            "このモデルを削除する前に、別のモデルに切り替えてください",
         .modelRemoveFailedMessage = "そのモデルファイルを削除できませんでした",
         .modelRecommendedBadge = "おすすめ",
         .modelInUseBadge = "使用中",
@@ -107,15 +128,19 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .calendarThisMonthLabel = "今月",
         .calendarNextMonthLabel = "来月",
         .calendarPermissionTitle = "カレンダーへのアクセスが必要です",
-        .calendarPermissionMessage = "ここに予定を表示するには、Farlumeにカレンダーの読み取りを許可する必要があります。",
+        .calendarPermissionMessage =
+            "ここに予定を表示するには、Farlumeにカレンダーの読み取りを許可する必要があります。",
         .calendarAllDayLabel = "終日",
         .permissionGenericTitleTemplate = "%@へのアクセスが必要です",
         .permissionGenericMessageTemplate = "この操作を完了するには、Farlumeに%@の許可が必要です。",
         .openSystemSettingsButtonLabel = "システム設定を開く",
         .contactsPermissionTitle = "連絡先へのアクセスが必要です",
-        .contactsPermissionMessage = "メッセージの送信先を探すには、Farlumeに連絡先の読み取りを許可する必要があります。",
+        .contactsPermissionMessage =
+            "メッセージの送信先を探すには、Farlumeに連絡先の読み取りを許可する必要があります。",
         .automationPermissionTitle = "オートメーションの許可が必要です",
-        .automationPermissionMessage = "この操作を完了するには、Farlumeに「メッセージ」/「ミュージック」の操作を許可する必要があります。",
+        .automationPermissionMessage =
+            "この操作を完了するには、Farlumeに「メッセージ」/"
+            "「ミュージック」の操作を許可する必要があります。",
         .musicHeaderTitle = "ミュージック",
         .musicNowPlayingLabel = "再生中",
         .musicPausedLabel = "一時停止中",
@@ -146,9 +171,12 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .timerNotificationTitle = "タイマー終了",
         .timerNotificationBodyTemplate = "%@のタイマーが終了しました",
         .notificationsPermissionTitle = "通知の許可が必要です",
-        .notificationsPermissionMessage = "タイマーの終了をお知らせするには、Farlumeに通知の送信を許可する必要があります。",
+        .notificationsPermissionMessage =
+            "タイマーの終了をお知らせするには、Farlumeに通知の送信を許可する必要があります。",
         .remindersPermissionTitle = "リマインダーへのアクセスが必要です",
-        .remindersPermissionMessage = "リマインダーを追加するには、Farlumeにリマインダーへのアクセスを許可する必要があります。",
+        .remindersPermissionMessage =
+            "リマインダーを追加するには、Farlumeにリマインダーへのアクセスを許可する必要があります"
+            "。",
         .reminderHeaderTitle = "リマインダー",
         .reminderSetWithTimeTemplate = "%@にリマインダーを設定しました",
         .reminderSetNoTimeTemplate = "リマインダーを追加しました",
@@ -161,49 +189,61 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .chainStepDoneLabel = "完了",
         .helpHeaderTitle = "できること",
         .helpSubtitle = "やりたいことを普段の言葉で入力して、returnキーを押してください。例：",
-        .helpItems = {
-            "ファイルを探す：「請求書を探して」",
-            "アプリやWebサイトを開く：「Safariを開いて」「github.comを開いて」",
-            "カレンダー：「明日の予定は？」「明日15時に歯医者の予定を追加して」",
-            "リマインダー：「15時に母に電話するってリマインドして」",
-            "メモ：「メモ：牛乳を買う」",
-            "タイマー：「5分のタイマーをセットして」「タイマーをキャンセル」",
-            "メッセージとメール：「田中さんに少し遅れるって送って」",
-            "ミュージック：「ジャズを再生して」",
-            "天気：「東京の天気」",
-            "計算と単位換算：「12 * 7」「100 lb kg」",
-            "通貨換算：「100ドルは何円？」",
-            "翻訳：「おはようを英語に翻訳して」",
-            "書類の要約：「report.pdfを要約して」",
-            "ウインドウ：「左半分」「ウインドウを最大化」",
-            "Macの操作：「画面をロック」「スクリーンショット」「音量を上げて」",
-            "クリップボード履歴：「クリップボード」",
-            "ファイル、予定、リマインダー、メモの削除：必ず事前に確認します",
-            "複数の操作をまとめて：「それから」でつないで入力します",
-            "そのほか：出典付きのWeb回答でお答えします",
-        },
+        .helpItems =
+            {
+                "ファイルを探す：「請求書を探して」",
+                "アプリやWebサイトを開く：「Safariを開いて」「github.comを開いて」",
+                "カレンダー：「明日の予定は？」「明日15時に歯医者の予定を追加して」",
+                "リマインダー：「15時に母に電話するってリマインドして」",
+                "メモ：「メモ：牛乳を買う」",
+                "タイマー：「5分のタイマーをセットして」「タイマーをキャンセル」",
+                "メッセージとメール：「田中さんに少し遅れるって送って」",
+                "ミュージック：「ジャズを再生して」",
+                "天気：「東京の天気」",
+                "計算と単位換算：「12 * 7」「100 lb kg」",
+                "通貨換算：「100ドルは何円？」",
+                "翻訳：「おはようを英語に翻訳して」",
+                "書類の要約：「report.pdfを要約して」",
+                "ウインドウ：「左半分」「ウインドウを最大化」",
+                "Macの操作：「画面をロック」「スクリーンショット」「音量を上げて」",
+                "クリップボード履歴：「クリップボード」",
+                "ファイル、予定、リマインダー、メモの削除：必ず事前に確認します",
+                "複数の操作をまとめて：「それから」でつないで入力します",
+                "そのほか：出典付きのWeb回答でお答えします",
+            },
         .windowHeaderTitle = "ウインドウ",
         .windowActionLeftHalfLabel = "左半分に配置しました",
         .windowActionRightHalfLabel = "右半分に配置しました",
         .windowActionMaximizeLabel = "最大化しました",
         .windowActionCenterLabel = "中央に配置しました",
-        .windowNoTargetMessage = "移動するウインドウが見つかりませんでした。配置したいアプリに切り替えてから、もう一度お試しください",
-        .windowMoveFailedMessage = "そのウインドウを移動できませんでした。フルスクリーン表示中か、サイズを変更できないウインドウの可能性があります",
+        .windowNoTargetMessage =
+            "移動するウインドウが見つかりませんでした。配置したいアプリに切り替えてから、もう一度お"
+            "試しください",
+        .windowMoveFailedMessage =
+            "そのウインドウを移動できませんでした。フルスクリーン表示中か、サイズを変更できないウイ"
+            "ンドウの可能性があります",
         .windowActionTopHalfLabel = "上半分に配置しました",
         .windowActionBottomHalfLabel = "下半分に配置しました",
         .windowActionQuarterLabel = "画面の4分の1に配置しました",
         .windowActionNextDisplayLabel = "次のディスプレイに移動しました",
         .windowOnlyOneDisplayMessage = "接続されているディスプレイは1台だけです",
         .accessibilityPermissionTitle = "アクセシビリティの許可が必要です",
-        .accessibilityPermissionMessage = "ウインドウを移動したりサイズを変更したりするには、Farlumeにアクセシビリティの許可が必要です。",
+        .accessibilityPermissionMessage =
+            "ウインドウを移動したりサイズを変更したりするには、Farlumeにアクセシビリティの許可が必"
+            "要です。",
         .locationPermissionTitle = "位置情報へのアクセスが必要です",
-        .locationPermissionMessage = "現在地の天気を表示するには、Farlumeに位置情報へのアクセスを許可する必要があります。都市名を伝えていただくだけでもかまいません（例：「東京の天気」）。",
+        .locationPermissionMessage =
+            "現在地の天気を表示するには、Farlumeに位置情報へのアクセスを許可する必要があります。都"
+            "市名を伝えていただくだけでもかまいません（例：「東京の天気」）。",
         .hotkeyRecordingPrompt = "新しいショートカットを押してください…",
         .hotkeyModifierRequiredMessage = "修飾キー（⌘⌥⌃⇧）を1つ以上含めてください",
-        .hotkeyRegistrationFailedMessage = "そのショートカットを設定できませんでした。すでに使用されている可能性があります",
+        .hotkeyRegistrationFailedMessage =
+            "そのショートカットを設定できませんでした。すでに使用されている可能性があります",
         .onboardingWindowTitle = "Farlumeのセットアップ",
         .onboardingTitle = "Farlumeへようこそ",
-        .onboardingSubtitle = "Farlumeに任せたいことに合わせて、アクセスを許可してください。この設定はシステム設定でいつでも変更できます。",
+        .onboardingSubtitle =
+            "Farlumeに任せたいことに合わせて、アクセスを許可してください。この設定はシステム設定で"
+            "いつでも変更できます。",
         .onboardingFilesTitle = "ファイル",
         .onboardingFilesDescription = "Mac上の書類を名前で探します。",
         .onboardingCalendarTitle = "カレンダー",
@@ -222,7 +262,9 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .onboardingRemindersDescription = "時刻の指定がなくても、リマインダーを追加できます。",
         .onboardingAllowButtonLabel = "許可",
         .onboardingAllowedLabel = "許可済み",
-        .onboardingFooterPrivacyNote = "FarlumeはリクエストをこのMac上で理解します。Web検索、天気、通貨換算を除き、入力した内容がMacの外に送信されることはありません。",
+        .onboardingFooterPrivacyNote =
+            "FarlumeはリクエストをこのMac上で理解します。Web検索、天気、通貨換算を除き、入力した内"
+            "容がMacの外に送信されることはありません。",
         .onboardingSetUpLaterButtonLabel = "あとで設定",
         .onboardingContinueButtonLabel = "続ける",
         .permissionsSetupMenuItemLabel = "アクセス許可の設定…",
@@ -233,27 +275,40 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .settingsTabCreditsLabel = "情報",
         .creditsVersionLabel = "バージョン",
         .appUpdateCheckLabel = "アプリの自動アップデート",
-        .appUpdateCheckHint = "Farlumeの新しいバージョンが出ていないか毎日確認し、インストールする前にお知らせします。これはアプリ本体の設定です。モデルファイルには「モデル」タブに専用の設定があります。",
+        .appUpdateCheckHint =
+            "Farlumeの新しいバージョンが出ていないか毎日確認し、インストールする前にお知らせします"
+            "。これはアプリ本体の設定です。モデルファイルには「モデル」タブに専用の設定があります"
+            "。",
         .appUpdateCheckNowLabel = "今すぐ確認",
         .creditsReportIssueLabel = "問題を報告",
-        .creditsReportIssueHint = "宛先が入力された状態でメールAppを開きます。「一般」タブの診断情報を添付していただくと、とても助かります。",
+        .creditsReportIssueHint =
+            "宛先が入力された状態でメールAppを開きます。「一般」タブの診断情報を添付していただくと"
+            "、とても助かります。",
         .creditsSuggestLabel = "機能を提案",
         .creditsSuggestHint = "「こんなことができたら」というご要望をお聞かせください。",
         .creditsOpenSourceLabel = "オープンソースに関する表記",
-        .creditsOpenSourceHint = "Farlumeに含まれる、llama.cppなどのオープンソースソフトウェアのライセンス",
+        .creditsOpenSourceHint =
+            "Farlumeに含まれる、llama.cppなどのオープンソースソフトウェアのライセンス",
         .creditsModelSourceLabel = "モデル",
-        .creditsModelSourceHint = "Kestrune-nanoはQwen3.5-0.8B-Base（Apache-2.0）をファインチューニングしたモデルです",
+        .creditsModelSourceHint =
+            "Kestrune-nanoはQwen3.5-0.8B-Base（Apache-2.0）をファインチューニングしたモデルです",
         .creditsPrivacyPolicyLabel = "プライバシーポリシー",
         .creditsThanksNote = "Farlumeをご利用いただきありがとうございます。",
-        .searchTabFallbackChainNotice = "Web検索はまずTavilyを試し、次にSearXNGサーバ（設定している場合）、最後にWikipediaを使います。",
-        .searchTabFallbackChainNoticeWithFirecrawl = "Web検索はまずTavilyを試し、次にご自身のAPIキーでFirecrawl、続いてSearXNGサーバ（設定している場合）、最後にWikipediaを使います。",
+        .searchTabFallbackChainNotice =
+            "Web検索はまずTavilyを試し、次にSearXNGサーバ（設定している場合）、最後にWikipediaを使"
+            "います。",
+        .searchTabFallbackChainNoticeWithFirecrawl =
+            "Web検索はまずTavilyを試し、次にご自身のAPIキーでFirecrawl、続いてSearXNGサーバ（設定し"
+            "ている場合）、最後にWikipediaを使います。",
         .searchTabEndpointLabel = "SearXNGエンドポイント",
         .searchTabEndpointHint = "2番目の検索エンジンとして使う、自分でホストするサーバ（任意）",
         .searchTabEndpointPlaceholder = "https://searx.example.com",
-        .searchTabEndpointInvalidMessage = "有効なhttp://またはhttps://のアドレスを入力してください",
+        .searchTabEndpointInvalidMessage =
+            "有効なhttp://またはhttps://のアドレスを入力してください",
         .searchTabEndpointAppliesNextLaunchNotice = "変更は次回Farlumeを起動したときに反映されます",
         .searchTabFirecrawlLabel = "Firecrawl APIキー（任意）",
-        .searchTabFirecrawlHint = "ご自身のAPIキーを使って、Firecrawlを第2段階の予備の検索エンジンとして追加します。",
+        .searchTabFirecrawlHint =
+            "ご自身のAPIキーを使って、Firecrawlを第2段階の予備の検索エンジンとして追加します。",
         .searchTabFirecrawlPlaceholderEmpty = "Firecrawl APIキーをペースト",
         .searchTabFirecrawlPlaceholderSaved = "●●●● 保存済み",
         .permissionsTabReopenButtonLabel = "アクセス許可の設定を見直す",
@@ -272,11 +327,15 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .weatherSourceAppleLabel = "気象データ提供：Apple Weather",
         .weatherSourceOpenMeteoLabel = "気象データ提供：Open-Meteo",
         .weatherCurrentLocationLabel = "現在地",
-        .weatherLocationUnavailableMessage = "現在地を特定できませんでした。代わりに都市名を指定してください（例：「東京の天気」）。",
+        .weatherLocationUnavailableMessage =
+            "現在地を特定できませんでした。代わりに都市名を指定してください（例：「東京の天気」）"
+            "。",
         .appLaunchHeaderTitle = "アプリの起動",
         .appLaunchedTemplate = "%@を開きました",
         .documentSummaryHeaderTitle = "書類の要約",
-        .documentSummarizeUnreadableMessage = "そのファイルの内容を読み取れませんでした。サポートされていない形式の可能性があります。",
+        .documentSummarizeUnreadableMessage =
+            "そのファイルの内容を読み取れませんでした。サポートされていない形式の可能性があります"
+            "。",
         .documentSummarizeFailedMessage = "そのファイルを要約できませんでした。",
         .systemCommandHeaderTitle = "システム",
         .clipboardHistoryHeaderTitle = "クリップボード履歴",
@@ -289,11 +348,16 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .deleteFileFailedMessage = "そのファイルを削除できませんでした",
         .networkActivitySectionTitle = "ネットワークアクティビティ",
         .networkActivitySummaryTemplate = "過去24時間の外部へのリクエスト：%@件",
-        .networkActivityOfflineMessage = "過去24時間の外部へのリクエスト：0件。Farlumeは完全にオフラインで動作しました",
-        .networkActivitySummaryAtCapTemplate = "過去24時間の外部へのリクエスト：%@件以上（保存されるのは最新の%@件のみ）",
+        .networkActivityOfflineMessage =
+            "過去24時間の外部へのリクエスト：0件。Farlumeは完全にオフラインで動作しました",
+        .networkActivitySummaryAtCapTemplate =
+            "過去24時間の外部へのリクエスト：%@件以上（保存されるのは最新の%@件のみ）",
         .networkActivityRevealLogLabel = "ログファイルをFinderに表示",
-        .networkActivityExplainer = "Macの外に送信されるリクエストは、すべてホスト名と目的とともにここに表示されます。入力した内容が記録されることはありません。",
-        .networkActivityLocalhostNote = "デバイス上のモデルとの通信はMac内で完結するため、表示されません。",
+        .networkActivityExplainer =
+            "Macの外に送信されるリクエストは、すべてホスト名と目的とともにここに表示されます。入力"
+            "した内容が記録されることはありません。",
+        .networkActivityLocalhostNote =
+            "デバイス上のモデルとの通信はMac内で完結するため、表示されません。",
         .networkActivityNoEntriesLabel = "ネットワークアクティビティはまだ記録されていません",
         .networkActivityRecentLabel = "最近のアクティビティ",
         .networkActivityPurposeWebSearchLabel = "Web検索",
@@ -309,10 +373,14 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .firstRunAhaCardTitle = "最初のリクエストを試してみましょう",
         .firstRunAhaCardQuery = "東京の天気",
         .diagnosticsButtonLabel = "診断情報をコピー",
-        .diagnosticsButtonHint = "問題が起きた場合は、報告の際にこれをペーストしてください。検索内容、クリップボード、ファイル名は一切含まれません。",
+        .diagnosticsButtonHint =
+            "問題が起きた場合は、報告の際にこれをペーストしてください。検索内容、クリップボード、フ"
+            "ァイル名は一切含まれません。",
         .diagnosticsCopiedFeedback = "コピーしました",
         .diagnosticsReportTitle = "Farlume診断レポート",
-        .diagnosticsPrivacyNotice = "このレポートに個人的な内容は含まれません。検索クエリ、クリップボードの内容、ファイル名は含まれていません。",
+        .diagnosticsPrivacyNotice =
+            "このレポートに個人的な内容は含まれません。検索クエリ、クリップボードの内容、ファイル名"
+            "は含まれていません。",
         .diagnosticsGeneratedAtLabel = "作成日時",
         .diagnosticsSectionSystem = "システム",
         .diagnosticsAppVersionLabel = "アプリのバージョン",
@@ -358,10 +426,15 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .helpHintRecovery = "「ヘルプ」と入力すると、できることを例と一緒に確認できます。",
         .helpMenuItemLabel = "ヘルプ",
         .genericErrorMessage = "リクエストを完了できませんでした。",
-        .messageSendFailedRecovery = "「メッセージ」にサインインしていることを確認してから、もう一度お試しください。",
-        .automationFailedRecovery = "一度アプリを開いて設定が済んでいることを確認してから、もう一度お試しください。",
-        .webAnswerNoResultsMessage = "Webの検索結果が見つかりませんでした。別の言葉でお試しください。",
-        .netlogLocalCallsNote = "ローカルのモデルサーバーとの通信はこのコンピューター内で完結するため、表示されません。",
+        .messageSendFailedRecovery =
+            "「メッセージ」にサインインしていることを確認してから、もう一度お試しください。",
+        .automationFailedRecovery =
+            "一度アプリを開いて設定が済んでいることを確認してから、もう一度お試しください。",
+        .webAnswerNoResultsMessage =
+            "Webの検索結果が見つかりませんでした。別の言葉でお試しください。",
+        .netlogLocalCallsNote =
+            "ローカルのモデルサーバーとの通信はこのコンピューター内で完結するため、表示されません"
+            "。",
         .netlogLogFileTemplate = "ログファイル：%@",
     };
     return value;

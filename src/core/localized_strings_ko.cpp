@@ -14,14 +14,23 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .hotkeyLabel = "키보드 단축키",
         .hotkeyHint = "어디서든 Farlume 불러오기",
         .networkFeaturesLabel = "네트워크 기능",
-        .networkFeaturesHint = "기기 내 LLM 추론은 Mac 밖으로 나가지 않습니다. 웹 검색, 날씨, 환율만 네트워크를 사용하며, 이 기능을 끄면 모든 요청이 완전히 오프라인으로 처리됩니다. (모델 설치 시에는 여전히 인터넷에서 다운로드합니다.)",
+        .networkFeaturesHint =
+            "기기 내 LLM 추론은 Mac 밖으로 나가지 않습니다. 웹 검색, 날씨, 환율만 네트워크를 "
+            "사용하며, 이 기능을 끄면 모든 요청이 완전히 오프라인으로 처리됩니다. (모델 설치 "
+            "시에는 여전히 인터넷에서 다운로드합니다.)",
         .memorySavingModeLabel = "메모리 절약 모드",
-        .memorySavingModeHint = "사용하지 않을 때는 요약 모델을 해제해 메모리를 확보합니다. 다음 요약은 시작하는 데 약 1초 더 걸릴 수 있습니다.",
+        .memorySavingModeHint =
+            "사용하지 않을 때는 요약 모델을 해제해 메모리를 확보합니다. 다음 요약은 시작하는 데 약 "
+            "1초 더 걸릴 수 있습니다.",
         .modelUpdateCheckLabel = "새 AI 모델 확인",
-        .modelUpdateCheckHint = "개선된 기기 내 모델이 있는지 하루에 한 번 정도 확인합니다. 작은 매니페스트 파일만 가져오며, 모델 자체는 사용자가 선택할 때만 다운로드됩니다.",
+        .modelUpdateCheckHint =
+            "개선된 기기 내 모델이 있는지 하루에 한 번 정도 확인합니다. 작은 매니페스트 파일만 "
+            "가져오며, 모델 자체는 사용자가 선택할 때만 다운로드됩니다.",
         .modelUpdateAvailableTemplate = "새 AI 모델을 사용할 수 있습니다 — %@",
         .modelUpdateUpToDateMessage = "AI 모델이 최신 상태입니다.",
-        .modelUpdateNeedsAppUpdateMessage = "새 AI 모델을 사용할 수 있지만, 최신 버전의 Farlume이 필요합니다. 먼저 앱을 업데이트해 주세요.",
+        .modelUpdateNeedsAppUpdateMessage =
+            "새 AI 모델을 사용할 수 있지만, 최신 버전의 Farlume이 필요합니다. 먼저 앱을 업데이트해 "
+            "주세요.",
         .modelUpdateCheckNowLabel = "지금 확인",
         .toggleOnLabel = "켬",
         .toggleOffLabel = "끔",
@@ -30,24 +39,29 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .settingsLabel = "설정",
         .lightThemeLabel = "라이트",
         .darkThemeLabel = "다크",
-        .sugg = {
-            "서울 날씨",
-            "5분 타이머 맞춰줘",
-            "내일 오후 3시에 치과 예약 추가해줘",
-            "100달러는 몇 엔?",
-            "오후 3시에 엄마한테 전화하라고 알려줘",
-            "좋은 아침 영어로 번역해줘",
-            "왼쪽 절반",
-            "스크린샷 찍어줘",
-        },
+        .sugg =
+            {
+                "서울 날씨",
+                "5분 타이머 맞춰줘",
+                "내일 오후 3시에 치과 예약 추가해줘",
+                "100달러는 몇 엔?",
+                "오후 3시에 엄마한테 전화하라고 알려줘",
+                "좋은 아침 영어로 번역해줘",
+                "왼쪽 절반",
+                "스크린샷 찍어줘",
+            },
         .llmUnavailableMessage = "로컬 모델에 연결할 수 없습니다",
         .llmUnavailableRecovery = "Kestrune-nano가 설치되어 있는지 확인한 후 다시 시도해 주세요.",
         .inputTooLongMessage = "기기 내 모델이 처리하기에는 텍스트가 너무 깁니다",
-        .inputTooLongRecovery = "더 짧게 입력해 다시 시도해 주세요. 모델이 한 번에 읽을 수 있는 양에는 한계가 있습니다.",
-        .llmUnavailableDownloadingTemplate = "모델을 아직 다운로드하는 중입니다(%@%). 완료되면 자동으로 작동합니다.",
+        .inputTooLongRecovery =
+            "더 짧게 입력해 다시 시도해 주세요. 모델이 한 번에 읽을 수 있는 양에는 한계가 "
+            "있습니다.",
+        .llmUnavailableDownloadingTemplate =
+            "모델을 아직 다운로드하는 중입니다(%@%). 완료되면 자동으로 작동합니다.",
         .modelDownloadingLabel = "모델 준비 중",
         .networkFeaturesOfflineMessage = "네트워크 기능이 꺼져 있습니다",
-        .networkFeaturesOfflineRecovery = "웹 검색, 날씨, 환율을 사용하려면 설정 > 일반에서 “네트워크 기능”을 켜 주세요.",
+        .networkFeaturesOfflineRecovery =
+            "웹 검색, 날씨, 환율을 사용하려면 설정 > 일반에서 “네트워크 기능”을 켜 주세요.",
         .missingSlotTemplate = "필요한 정보가 없습니다: %@",
         .capabilityUnavailableMessage = "아직 지원하지 않는 작업입니다",
         .webAnswerHeaderTitle = "웹 답변",
@@ -56,7 +70,8 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .webAnswerSourcesLabel = "출처",
         .webAnswerExtractiveSourceLabel = "상위 결과 발췌",
         .webAnswerOpenInBrowser = "브라우저에서 열기",
-        .webAnswerFallbackNotice = "Farlume이 요청을 작업으로 인식하지 못해 대신 웹에서 검색했습니다.",
+        .webAnswerFallbackNotice =
+            "Farlume이 요청을 작업으로 인식하지 못해 대신 웹에서 검색했습니다.",
         .webSearchNetworkFailureMessage = "인터넷 연결을 확인해 주세요",
         .webSearchNetworkFailureRecovery = "잠시 후 다시 검색해 주세요.",
         .webSearchBlockedMessage = "검색 서비스가 일시적으로 요청을 제한하고 있습니다",
@@ -64,7 +79,8 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .finderHeaderTitle = "파일",
         .finderDocumentsFoundTemplate = "문서 %@개 찾음",
         .finderNoMatchTemplate = "“%@”와(과) 일치하는 파일이 없습니다",
-        .finderLimitedScopeHint = "홈 폴더에서만 검색했습니다 · Mac 전체를 검색하려면 전체 디스크 접근 권한을 허용하세요",
+        .finderLimitedScopeHint =
+            "홈 폴더에서만 검색했습니다 · Mac 전체를 검색하려면 전체 디스크 접근 권한을 허용하세요",
         .finderRevealInFinder = "Finder에서 보기",
         .finderSearchAllDocuments = "Finder에서 Mac 전체 검색",
         .finderDocumentsFoundSingular = "문서 1개 찾음",
@@ -82,7 +98,8 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .modelNotInstalledYetLabel = "아직 설치된 모델이 없습니다",
         .modelSwitchFailedMessage = "해당 모델로 전환할 수 없습니다",
         .modelRemoveMenuItem = "모델 제거",
-        .modelRemoveCurrentlySelectedMessage = "이 모델을 제거하려면 먼저 다른 모델로 전환해 주세요",
+        .modelRemoveCurrentlySelectedMessage =
+            "이 모델을 제거하려면 먼저 다른 모델로 전환해 주세요",
         .modelRemoveFailedMessage = "모델 파일을 제거할 수 없습니다",
         .modelRecommendedBadge = "추천",
         .modelInUseBadge = "사용 중",
@@ -107,15 +124,18 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .calendarThisMonthLabel = "이번 달",
         .calendarNextMonthLabel = "다음 달",
         .calendarPermissionTitle = "캘린더 접근 권한 필요",
-        .calendarPermissionMessage = "Farlume이 여기에 일정을 표시하려면 캘린더 읽기 권한이 필요합니다.",
+        .calendarPermissionMessage =
+            "Farlume이 여기에 일정을 표시하려면 캘린더 읽기 권한이 필요합니다.",
         .calendarAllDayLabel = "하루 종일",
         .permissionGenericTitleTemplate = "%@ 접근 권한 필요",
         .permissionGenericMessageTemplate = "Farlume이 이 작업을 완료하려면 %@ 권한이 필요합니다.",
         .openSystemSettingsButtonLabel = "시스템 설정 열기",
         .contactsPermissionTitle = "연락처 접근 권한 필요",
-        .contactsPermissionMessage = "Farlume이 메시지를 보낼 상대를 찾으려면 연락처 읽기 권한이 필요합니다.",
+        .contactsPermissionMessage =
+            "Farlume이 메시지를 보낼 상대를 찾으려면 연락처 읽기 권한이 필요합니다.",
         .automationPermissionTitle = "자동화 권한 필요",
-        .automationPermissionMessage = "Farlume이 이 작업을 완료하려면 메시지/음악을 제어할 권한이 필요합니다.",
+        .automationPermissionMessage =
+            "Farlume이 이 작업을 완료하려면 메시지/음악을 제어할 권한이 필요합니다.",
         .musicHeaderTitle = "음악",
         .musicNowPlayingLabel = "지금 재생 중",
         .musicPausedLabel = "일시 정지됨",
@@ -146,9 +166,11 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .timerNotificationTitle = "타이머 종료",
         .timerNotificationBodyTemplate = "%@ 타이머가 끝났습니다",
         .notificationsPermissionTitle = "알림 권한 필요",
-        .notificationsPermissionMessage = "Farlume이 타이머 종료를 알려 드리려면 알림 전송 권한이 필요합니다.",
+        .notificationsPermissionMessage =
+            "Farlume이 타이머 종료를 알려 드리려면 알림 전송 권한이 필요합니다.",
         .remindersPermissionTitle = "미리 알림 접근 권한 필요",
-        .remindersPermissionMessage = "Farlume이 미리 알림을 추가하려면 미리 알림 접근 권한이 필요합니다.",
+        .remindersPermissionMessage =
+            "Farlume이 미리 알림을 추가하려면 미리 알림 접근 권한이 필요합니다.",
         .reminderHeaderTitle = "미리 알림",
         .reminderSetWithTimeTemplate = "%@에 미리 알림이 설정되었습니다",
         .reminderSetNoTimeTemplate = "미리 알림이 추가되었습니다",
@@ -161,49 +183,59 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .chainStepDoneLabel = "완료",
         .helpHeaderTitle = "할 수 있는 일",
         .helpSubtitle = "원하는 일을 평소 말투로 입력하고 Return 키를 누르세요. 예:",
-        .helpItems = {
-            "파일 찾기 — “견적서 찾아줘”",
-            "앱과 웹사이트 열기 — “사파리 열어줘”, “github.com 열어줘”",
-            "캘린더 — “내일 일정 보여줘”, “내일 오후 3시에 치과 일정 추가해줘”",
-            "미리 알림 — “오후 3시에 엄마한테 전화하라고 알려줘”",
-            "메모 — “메모해줘: 우유 사기”",
-            "타이머 — “5분 타이머 맞춰줘”, “타이머 취소”",
-            "메시지와 메일 — “지민에게 조금 늦는다고 문자 보내줘”",
-            "음악 — “재즈 틀어줘”",
-            "날씨 — “서울 날씨”",
-            "계산 — “12 * 7”, “(120 + 80) / 4”",
-            "환율 — “100달러는 몇 엔?”",
-            "번역 — “좋은 아침 영어로 번역해줘”",
-            "문서 요약 — “보고서.pdf 요약해줘”",
-            "윈도우 — “왼쪽 절반”, “창 최대화”",
-            "Mac 제어 — “화면 잠금”, “스크린샷 찍어줘”, “볼륨 올려줘”",
-            "클립보드 기록 — “클립보드”",
-            "파일, 일정, 미리 알림, 메모 삭제 — 항상 먼저 확인을 받습니다",
-            "여러 작업 한 번에 — “그리고 나서”로 요청을 이어 주세요",
-            "그 밖의 질문 — 출처와 함께 웹에서 답을 찾아 드립니다",
-        },
+        .helpItems =
+            {
+                "파일 찾기 — “견적서 찾아줘”",
+                "앱과 웹사이트 열기 — “사파리 열어줘”, “github.com 열어줘”",
+                "캘린더 — “내일 일정 보여줘”, “내일 오후 3시에 치과 일정 추가해줘”",
+                "미리 알림 — “오후 3시에 엄마한테 전화하라고 알려줘”",
+                "메모 — “메모해줘: 우유 사기”",
+                "타이머 — “5분 타이머 맞춰줘”, “타이머 취소”",
+                "메시지와 메일 — “지민에게 조금 늦는다고 문자 보내줘”",
+                "음악 — “재즈 틀어줘”",
+                "날씨 — “서울 날씨”",
+                "계산 — “12 * 7”, “(120 + 80) / 4”",
+                "환율 — “100달러는 몇 엔?”",
+                "번역 — “좋은 아침 영어로 번역해줘”",
+                "문서 요약 — “보고서.pdf 요약해줘”",
+                "윈도우 — “왼쪽 절반”, “창 최대화”",
+                "Mac 제어 — “화면 잠금”, “스크린샷 찍어줘”, “볼륨 올려줘”",
+                "클립보드 기록 — “클립보드”",
+                "파일, 일정, 미리 알림, 메모 삭제 — 항상 먼저 확인을 받습니다",
+                "여러 작업 한 번에 — “그리고 나서”로 요청을 이어 주세요",
+                "그 밖의 질문 — 출처와 함께 웹에서 답을 찾아 드립니다",
+            },
         .windowHeaderTitle = "윈도우",
         .windowActionLeftHalfLabel = "왼쪽 절반으로 배치됨",
         .windowActionRightHalfLabel = "오른쪽 절반으로 배치됨",
         .windowActionMaximizeLabel = "최대화됨",
         .windowActionCenterLabel = "가운데로 이동됨",
-        .windowNoTargetMessage = "이동할 윈도우를 찾을 수 없습니다. 정렬할 앱으로 전환한 후 다시 시도해 주세요",
-        .windowMoveFailedMessage = "윈도우를 이동할 수 없습니다. 전체 화면이거나 크기를 조절할 수 없는 윈도우일 수 있습니다",
+        .windowNoTargetMessage =
+            "이동할 윈도우를 찾을 수 없습니다. 정렬할 앱으로 전환한 후 다시 시도해 주세요",
+        .windowMoveFailedMessage =
+            "윈도우를 이동할 수 없습니다. 전체 화면이거나 크기를 조절할 수 없는 윈도우일 수 "
+            "있습니다",
         .windowActionTopHalfLabel = "위쪽 절반으로 배치됨",
         .windowActionBottomHalfLabel = "아래쪽 절반으로 배치됨",
         .windowActionQuarterLabel = "화면의 4분의 1로 배치됨",
         .windowActionNextDisplayLabel = "다음 디스플레이로 이동됨",
         .windowOnlyOneDisplayMessage = "연결된 디스플레이가 하나뿐입니다",
         .accessibilityPermissionTitle = "손쉬운 사용 권한 필요",
-        .accessibilityPermissionMessage = "Farlume이 윈도우를 이동하고 크기를 조절하려면 손쉬운 사용 권한이 필요합니다.",
+        .accessibilityPermissionMessage =
+            "Farlume이 윈도우를 이동하고 크기를 조절하려면 손쉬운 사용 권한이 필요합니다.",
         .locationPermissionTitle = "위치 접근 권한 필요",
-        .locationPermissionMessage = "Farlume이 현재 위치의 날씨를 보여 드리려면 위치 접근 권한이 필요합니다. 도시 이름을 말씀하셔도 됩니다. 예: “서울 날씨”",
+        .locationPermissionMessage =
+            "Farlume이 현재 위치의 날씨를 보여 드리려면 위치 접근 권한이 필요합니다. 도시 이름을 "
+            "말씀하셔도 됩니다. 예: “서울 날씨”",
         .hotkeyRecordingPrompt = "새 단축키를 누르세요…",
         .hotkeyModifierRequiredMessage = "보조 키(⌘⌥⌃⇧)를 하나 이상 포함해 주세요",
-        .hotkeyRegistrationFailedMessage = "이 단축키를 설정할 수 없습니다. 이미 사용 중일 수 있습니다",
+        .hotkeyRegistrationFailedMessage =
+            "이 단축키를 설정할 수 없습니다. 이미 사용 중일 수 있습니다",
         .onboardingWindowTitle = "Farlume 시작하기",
         .onboardingTitle = "Farlume에 오신 것을 환영합니다",
-        .onboardingSubtitle = "Farlume에게 맡기고 싶은 일에 필요한 접근을 허용하세요. 시스템 설정에서 언제든지 변경할 수 있습니다.",
+        .onboardingSubtitle =
+            "Farlume에게 맡기고 싶은 일에 필요한 접근을 허용하세요. 시스템 설정에서 언제든지 "
+            "변경할 수 있습니다.",
         .onboardingFilesTitle = "파일",
         .onboardingFilesDescription = "Mac에 있는 문서를 이름으로 찾습니다.",
         .onboardingCalendarTitle = "캘린더",
@@ -222,7 +254,9 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .onboardingRemindersDescription = "시간 지정 여부와 상관없이 미리 알림을 추가합니다.",
         .onboardingAllowButtonLabel = "허용",
         .onboardingAllowedLabel = "허용됨",
-        .onboardingFooterPrivacyNote = "Farlume은 요청을 Mac에서 이해합니다. 웹 검색, 날씨, 환율을 제외하면 입력한 내용은 Mac 밖으로 나가지 않습니다.",
+        .onboardingFooterPrivacyNote =
+            "Farlume은 요청을 Mac에서 이해합니다. 웹 검색, 날씨, 환율을 제외하면 입력한 내용은 Mac "
+            "밖으로 나가지 않습니다.",
         .onboardingSetUpLaterButtonLabel = "나중에 설정",
         .onboardingContinueButtonLabel = "계속",
         .permissionsSetupMenuItemLabel = "권한 설정…",
@@ -233,27 +267,38 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .settingsTabCreditsLabel = "정보",
         .creditsVersionLabel = "버전",
         .appUpdateCheckLabel = "자동 앱 업데이트",
-        .appUpdateCheckHint = "새 버전의 Farlume이 나왔는지 매일 확인하고, 설치하기 전에 먼저 묻습니다. 앱 자체에 대한 설정이며, 모델 파일은 모델 탭에 별도의 설정이 있습니다.",
+        .appUpdateCheckHint =
+            "새 버전의 Farlume이 나왔는지 매일 확인하고, 설치하기 전에 먼저 묻습니다. 앱 자체에 "
+            "대한 설정이며, 모델 파일은 모델 탭에 별도의 설정이 있습니다.",
         .appUpdateCheckNowLabel = "지금 확인",
         .creditsReportIssueLabel = "문제 신고",
-        .creditsReportIssueHint = "받는 사람이 입력된 새 메시지로 메일 앱이 열립니다. 일반 탭의 진단 정보를 첨부하면 큰 도움이 됩니다.",
+        .creditsReportIssueHint =
+            "받는 사람이 입력된 새 메시지로 메일 앱이 열립니다. 일반 탭의 진단 정보를 첨부하면 큰 "
+            "도움이 됩니다.",
         .creditsSuggestLabel = "기능 제안",
         .creditsSuggestHint = "이런 기능이 있으면 좋겠다는 점을 알려 주세요.",
         .creditsOpenSourceLabel = "오픈 소스 고지 사항",
         .creditsOpenSourceHint = "llama.cpp 등 Farlume에 포함된 오픈 소스 소프트웨어의 라이선스",
         .creditsModelSourceLabel = "모델",
-        .creditsModelSourceHint = "Kestrune-nano는 Qwen3.5-0.8B-Base(Apache-2.0)를 파인튜닝한 모델입니다",
+        .creditsModelSourceHint =
+            "Kestrune-nano는 Qwen3.5-0.8B-Base(Apache-2.0)를 파인튜닝한 모델입니다",
         .creditsPrivacyPolicyLabel = "개인정보 처리방침",
         .creditsThanksNote = "Farlume을 사용해 주셔서 감사합니다.",
-        .searchTabFallbackChainNotice = "웹 검색은 먼저 Tavily를 시도한 다음, 설정한 경우 SearXNG 서버, 마지막으로 위키백과를 시도합니다.",
-        .searchTabFallbackChainNoticeWithFirecrawl = "웹 검색은 먼저 Tavily를 시도한 다음, API 키를 사용하는 Firecrawl, 설정한 경우 SearXNG 서버, 마지막으로 위키백과를 시도합니다.",
+        .searchTabFallbackChainNotice =
+            "웹 검색은 먼저 Tavily를 시도한 다음, 설정한 경우 SearXNG 서버, 마지막으로 위키백과를 "
+            "시도합니다.",
+        .searchTabFallbackChainNoticeWithFirecrawl =
+            "웹 검색은 먼저 Tavily를 시도한 다음, API 키를 사용하는 Firecrawl, 설정한 경우 SearXNG "
+            "서버, 마지막으로 위키백과를 시도합니다.",
         .searchTabEndpointLabel = "SearXNG 엔드포인트",
         .searchTabEndpointHint = "두 번째 검색 엔진으로 사용할 자체 호스팅 서버(선택 사항)",
         .searchTabEndpointPlaceholder = "https://searx.example.com",
         .searchTabEndpointInvalidMessage = "올바른 http:// 또는 https:// 주소를 입력해 주세요",
-        .searchTabEndpointAppliesNextLaunchNotice = "변경 사항은 다음에 Farlume을 시작할 때 적용됩니다",
+        .searchTabEndpointAppliesNextLaunchNotice =
+            "변경 사항은 다음에 Farlume을 시작할 때 적용됩니다",
         .searchTabFirecrawlLabel = "Firecrawl API 키(선택 사항)",
-        .searchTabFirecrawlHint = "사용자의 API 키로 Firecrawl을 2순위 대체 검색 엔진으로 추가합니다.",
+        .searchTabFirecrawlHint =
+            "사용자의 API 키로 Firecrawl을 2순위 대체 검색 엔진으로 추가합니다.",
         .searchTabFirecrawlPlaceholderEmpty = "Firecrawl API 키를 붙여 넣으세요",
         .searchTabFirecrawlPlaceholderSaved = "●●●● 저장됨",
         .permissionsTabReopenButtonLabel = "권한 설정 다시 보기",
@@ -272,11 +317,13 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .weatherSourceAppleLabel = "날씨 데이터 제공: Apple 날씨",
         .weatherSourceOpenMeteoLabel = "날씨 데이터 제공: Open-Meteo",
         .weatherCurrentLocationLabel = "현재 위치",
-        .weatherLocationUnavailableMessage = "현재 위치를 확인할 수 없습니다. 대신 도시 이름을 말씀해 주세요. 예: “서울 날씨”",
+        .weatherLocationUnavailableMessage =
+            "현재 위치를 확인할 수 없습니다. 대신 도시 이름을 말씀해 주세요. 예: “서울 날씨”",
         .appLaunchHeaderTitle = "앱 실행",
         .appLaunchedTemplate = "%@을(를) 열었습니다",
         .documentSummaryHeaderTitle = "문서 요약",
-        .documentSummarizeUnreadableMessage = "파일 내용을 읽을 수 없습니다. 지원하지 않는 형식일 수 있습니다.",
+        .documentSummarizeUnreadableMessage =
+            "파일 내용을 읽을 수 없습니다. 지원하지 않는 형식일 수 있습니다.",
         .documentSummarizeFailedMessage = "파일을 요약할 수 없습니다.",
         .systemCommandHeaderTitle = "시스템",
         .clipboardHistoryHeaderTitle = "클립보드 기록",
@@ -289,11 +336,16 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .deleteFileFailedMessage = "파일을 삭제할 수 없습니다",
         .networkActivitySectionTitle = "네트워크 활동",
         .networkActivitySummaryTemplate = "지난 24시간 동안 외부 요청 %@건",
-        .networkActivityOfflineMessage = "지난 24시간 동안 외부 요청 0건 — Farlume이 완전히 오프라인으로 실행되었습니다",
-        .networkActivitySummaryAtCapTemplate = "지난 24시간 동안 외부 요청 %@건 이상 (최근 %@건만 보관됨)",
+        .networkActivityOfflineMessage =
+            "지난 24시간 동안 외부 요청 0건 — Farlume이 완전히 오프라인으로 실행되었습니다",
+        .networkActivitySummaryAtCapTemplate =
+            "지난 24시간 동안 외부 요청 %@건 이상 (최근 %@건만 보관됨)",
         .networkActivityRevealLogLabel = "Finder에서 로그 파일 보기",
-        .networkActivityExplainer = "Mac 밖으로 나가는 모든 요청이 호스트 및 용도와 함께 여기에 표시됩니다. 입력한 내용은 절대 표시되지 않습니다.",
-        .networkActivityLocalhostNote = "기기 내 모델과의 통신은 Mac 안에서만 이루어지므로 목록에 표시되지 않습니다.",
+        .networkActivityExplainer =
+            "Mac 밖으로 나가는 모든 요청이 호스트 및 용도와 함께 여기에 표시됩니다. 입력한 내용은 "
+            "절대 표시되지 않습니다.",
+        .networkActivityLocalhostNote =
+            "기기 내 모델과의 통신은 Mac 안에서만 이루어지므로 목록에 표시되지 않습니다.",
         .networkActivityNoEntriesLabel = "아직 기록된 네트워크 활동이 없습니다",
         .networkActivityRecentLabel = "최근 활동",
         .networkActivityPurposeWebSearchLabel = "웹 검색",
@@ -309,10 +361,13 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .firstRunAhaCardTitle = "첫 요청을 해 보세요",
         .firstRunAhaCardQuery = "서울 날씨",
         .diagnosticsButtonLabel = "진단 정보 복사",
-        .diagnosticsButtonHint = "문제가 있나요? 문제를 신고할 때 이 정보를 붙여 넣어 주세요. 검색어, 클립보드 내용, 파일 이름은 절대 포함되지 않습니다.",
+        .diagnosticsButtonHint =
+            "문제가 있나요? 문제를 신고할 때 이 정보를 붙여 넣어 주세요. 검색어, 클립보드 내용, "
+            "파일 이름은 절대 포함되지 않습니다.",
         .diagnosticsCopiedFeedback = "복사됨",
         .diagnosticsReportTitle = "Farlume 진단 보고서",
-        .diagnosticsPrivacyNotice = "이 보고서에는 검색어, 클립보드 내용, 파일 이름 등 개인적인 내용이 포함되지 않습니다.",
+        .diagnosticsPrivacyNotice =
+            "이 보고서에는 검색어, 클립보드 내용, 파일 이름 등 개인적인 내용이 포함되지 않습니다.",
         .diagnosticsGeneratedAtLabel = "생성 시각",
         .diagnosticsSectionSystem = "시스템",
         .diagnosticsAppVersionLabel = "앱 버전",
@@ -359,9 +414,11 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .helpMenuItemLabel = "도움말",
         .genericErrorMessage = "요청을 완료할 수 없습니다.",
         .messageSendFailedRecovery = "메시지 앱에 로그인되어 있는지 확인한 후 다시 시도해 주세요.",
-        .automationFailedRecovery = "앱을 한 번 열어 설정이 되어 있는지 확인한 후 다시 시도해 주세요.",
+        .automationFailedRecovery =
+            "앱을 한 번 열어 설정이 되어 있는지 확인한 후 다시 시도해 주세요.",
         .webAnswerNoResultsMessage = "웹 검색 결과가 없습니다. 다른 단어로 검색해 보세요.",
-        .netlogLocalCallsNote = "로컬 모델 서버와의 통신은 이 컴퓨터 안에서만 이루어지므로 목록에 표시되지 않습니다.",
+        .netlogLocalCallsNote =
+            "로컬 모델 서버와의 통신은 이 컴퓨터 안에서만 이루어지므로 목록에 표시되지 않습니다.",
         .netlogLogFileTemplate = "로그 파일: %@",
     };
     return value;

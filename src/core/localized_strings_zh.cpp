@@ -15,13 +15,16 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .hotkeyHint = "随时随地呼出 Farlume",
         .networkFeaturesLabel = "网络功能",
         .networkFeaturesHint =
-            "设备端 LLM 推理绝不会离开你的 Mac。只有网页搜索、天气和汇率会使用网络——关闭此项可让查询完全离线。（安装模型仍需从互联网下载。）",
+            "设备端 LLM 推理绝不会离开你的 "
+            "Mac。只有网页搜索、天气和汇率会使用网络——关闭此项可让查询完全离线。（安装模型仍需从互"
+            "联网下载。）",
         .memorySavingModeLabel = "节省内存模式",
         .memorySavingModeHint =
             "闲置时卸载摘要模型以释放内存——下一次生成摘要时，启动可能会多花约 1 秒。",
         .modelUpdateCheckLabel = "检查新的 AI 模型",
         .modelUpdateCheckHint =
-            "大约每天查找一次改进版的设备端模型。只会获取一个很小的清单文件——模型本身仅在你选择后才会下载。",
+            "大约每天查找一次改进版的设备端模型。只会获取一个很小的清单文件——模型本身仅在你选择后才"
+            "会下载。",
         .modelUpdateAvailableTemplate = "有新的 AI 模型可用——%@",
         .modelUpdateUpToDateMessage = "你的 AI 模型已是最新版本。",
         .modelUpdateNeedsAppUpdateMessage =
@@ -121,8 +124,7 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .contactsPermissionTitle = "需要通讯录访问权限",
         .contactsPermissionMessage = "Farlume 需要获得读取通讯录的权限，才能找到要发信息的联系人。",
         .automationPermissionTitle = "需要自动化权限",
-        .automationPermissionMessage =
-            "Farlume 需要获得控制“信息”/“音乐”的权限，才能完成此操作。",
+        .automationPermissionMessage = "Farlume 需要获得控制“信息”/“音乐”的权限，才能完成此操作。",
         .musicHeaderTitle = "音乐",
         .musicNowPlayingLabel = "正在播放",
         .musicPausedLabel = "已暂停",
@@ -153,7 +155,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .timerNotificationTitle = "计时结束",
         .timerNotificationBodyTemplate = "%@ 计时器时间到了",
         .notificationsPermissionTitle = "需要通知权限",
-        .notificationsPermissionMessage = "Farlume 需要获得发送通知的权限，才能在计时结束时提醒你。",
+        .notificationsPermissionMessage =
+            "Farlume 需要获得发送通知的权限，才能在计时结束时提醒你。",
         .remindersPermissionTitle = "需要提醒事项访问权限",
         .remindersPermissionMessage = "Farlume 需要获得访问“提醒事项”的权限，才能为你添加提醒。",
         .reminderHeaderTitle = "提醒",
@@ -212,7 +215,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .hotkeyRegistrationFailedMessage = "无法设置该快捷键——它可能已被占用",
         .onboardingWindowTitle = "Farlume 初始设置",
         .onboardingTitle = "欢迎使用 Farlume",
-        .onboardingSubtitle = "为你希望 Farlume 完成的事情授予访问权限。你可以随时在系统设置中更改。",
+        .onboardingSubtitle =
+            "为你希望 Farlume 完成的事情授予访问权限。你可以随时在系统设置中更改。",
         .onboardingFilesTitle = "文件",
         .onboardingFilesDescription = "按名称查找 Mac 上的文稿。",
         .onboardingCalendarTitle = "日历",
@@ -231,7 +235,9 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .onboardingRemindersDescription = "添加提醒事项，可以设定时间，也可以不设。",
         .onboardingAllowButtonLabel = "允许",
         .onboardingAllowedLabel = "已允许",
-        .onboardingFooterPrivacyNote = "Farlume 在你的 Mac 上理解你的请求。除网页搜索、天气和汇率外，你输入的任何内容都不会离开 Mac。",
+        .onboardingFooterPrivacyNote =
+            "Farlume 在你的 Mac "
+            "上理解你的请求。除网页搜索、天气和汇率外，你输入的任何内容都不会离开 Mac。",
         .onboardingSetUpLaterButtonLabel = "稍后设置",
         .onboardingContinueButtonLabel = "继续",
         .permissionsSetupMenuItemLabel = "权限设置…",
@@ -243,7 +249,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .creditsVersionLabel = "版本",
         .appUpdateCheckLabel = "自动更新 App",
         .appUpdateCheckHint =
-            "每天检查是否有新版本的 Farlume，并在安装前询问你。此项仅针对 App 本身——模型文件在“模型”标签页中另有设置。",
+            "每天检查是否有新版本的 Farlume，并在安装前询问你。此项仅针对 App "
+            "本身——模型文件在“模型”标签页中另有设置。",
         .appUpdateCheckNowLabel = "立即检查",
         .creditsReportIssueLabel = "报告问题",
         .creditsReportIssueHint =
@@ -256,8 +263,11 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .creditsModelSourceHint = "Kestrune-nano 基于 Qwen3.5-0.8B-Base 微调而成（Apache-2.0）",
         .creditsPrivacyPolicyLabel = "隐私政策",
         .creditsThanksNote = "感谢你使用 Farlume。",
-        .searchTabFallbackChainNotice = "网页搜索会先尝试 Tavily，然后是你设置的 SearXNG 服务器（如有），最后是维基百科。",
-        .searchTabFallbackChainNoticeWithFirecrawl = "网页搜索会先尝试 Tavily，然后依次是使用你的 API 密钥的 Firecrawl、你设置的 SearXNG 服务器（如有），最后是维基百科。",
+        .searchTabFallbackChainNotice =
+            "网页搜索会先尝试 Tavily，然后是你设置的 SearXNG 服务器（如有），最后是维基百科。",
+        .searchTabFallbackChainNoticeWithFirecrawl =
+            "网页搜索会先尝试 Tavily，然后依次是使用你的 API 密钥的 Firecrawl、你设置的 SearXNG "
+            "服务器（如有），最后是维基百科。",
         .searchTabEndpointLabel = "SearXNG 地址",
         .searchTabEndpointHint = "可选：用作第二搜索引擎的自托管服务器",
         .searchTabEndpointPlaceholder = "https://searx.example.com",
@@ -302,9 +312,11 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .networkActivitySectionTitle = "网络活动",
         .networkActivitySummaryTemplate = "过去 24 小时内有 %@ 次对外请求",
         .networkActivityOfflineMessage = "过去 24 小时内有 0 次对外请求——Farlume 完全离线运行",
-        .networkActivitySummaryAtCapTemplate = "过去 24 小时内有 %@+ 次对外请求（仅保留最近的 %@ 条）",
+        .networkActivitySummaryAtCapTemplate =
+            "过去 24 小时内有 %@+ 次对外请求（仅保留最近的 %@ 条）",
         .networkActivityRevealLogLabel = "在访达中显示日志文件",
-        .networkActivityExplainer = "每个离开你 Mac 的请求都会连同主机和用途列在这里——绝不包含你输入的内容。",
+        .networkActivityExplainer =
+            "每个离开你 Mac 的请求都会连同主机和用途列在这里——绝不包含你输入的内容。",
         .networkActivityLocalhostNote = "对设备端模型的调用不会离开你的 Mac，因此不会列出。",
         .networkActivityNoEntriesLabel = "尚未记录任何网络活动",
         .networkActivityRecentLabel = "最近活动",

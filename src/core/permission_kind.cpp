@@ -1,4 +1,5 @@
 #include "core/permission_kind.h"
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {

@@ -1,6 +1,7 @@
 #include "core/plan_records.h"
 
 #include <initializer_list>
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {
@@ -19,7 +20,8 @@ std::string_view rawValue(MessageDraft::Channel channel) {
 
 std::optional<MessageDraft::Channel> messageChannelFromRawValue(std::string_view raw) {
     using Channel = MessageDraft::Channel;
-    return caseWithRawValue(std::initializer_list<Channel>{Channel::imessage, Channel::sms, Channel::mail}, raw);
+    return caseWithRawValue(
+        std::initializer_list<Channel>{Channel::imessage, Channel::sms, Channel::mail}, raw);
 }
 
 std::string_view rawValue(MusicCommand::Action action) {
@@ -39,7 +41,8 @@ std::string_view rawValue(MusicCommand::Action action) {
 std::optional<MusicCommand::Action> musicActionFromRawValue(std::string_view raw) {
     using Action = MusicCommand::Action;
     return caseWithRawValue(
-        std::initializer_list<Action>{Action::play, Action::pause, Action::next, Action::prev}, raw);
+        std::initializer_list<Action>{Action::play, Action::pause, Action::next, Action::prev},
+        raw);
 }
 
 }  // namespace nuvrel::core

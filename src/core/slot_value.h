@@ -27,8 +27,9 @@ public:
     SlotValue(bool flag) : storage_(flag) {}
     // Whole numbers are numbers, never booleans.
     template <typename Integer>
-        requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>)
-    SlotValue(Integer number) : storage_(static_cast<double>(number)) {}
+    requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>)
+        SlotValue(Integer number)
+        : storage_(static_cast<double>(number)) {}
     // Any other pointer would silently become a bool.
     SlotValue(const void*) = delete;
 

@@ -1,4 +1,5 @@
 #include "core/system_command.h"
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {

@@ -1,6 +1,7 @@
 #include "core/weather_answer.h"
 
 #include <initializer_list>
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {
@@ -17,7 +18,8 @@ std::string_view rawValue(WeatherSource source) {
 
 std::optional<WeatherSource> weatherSourceFromRawValue(std::string_view raw) {
     return caseWithRawValue(
-        std::initializer_list<WeatherSource>{WeatherSource::appleWeather, WeatherSource::openMeteo}, raw);
+        std::initializer_list<WeatherSource>{WeatherSource::appleWeather, WeatherSource::openMeteo},
+        raw);
 }
 
 }  // namespace nuvrel::core

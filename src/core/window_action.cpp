@@ -1,4 +1,5 @@
 #include "core/window_action.h"
+
 #include "core/raw_value.h"
 
 namespace nuvrel::core {

@@ -42,7 +42,8 @@ std::optional<std::filesystem::path> findInstallScript() {
     if (auto folder = executableDirectory()) {
         candidates.push_back(*folder / "../share/nuvrel/install-llama-server.sh");
     }
-    candidates.push_back(std::filesystem::path(NUVREL_SOURCE_DIR) / "scripts/install-llama-server.sh");
+    candidates.push_back(std::filesystem::path(NUVREL_SOURCE_DIR) /
+                         "scripts/install-llama-server.sh");
     for (const auto& candidate : candidates) {
         if (isReadableFile(candidate)) return candidate.lexically_normal();
     }

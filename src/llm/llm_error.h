@@ -21,10 +21,16 @@ public:
         retired,
     };
 
-    static LLMError portOccupiedUnhealthy(int port) { return LLMError(Kind::portOccupiedUnhealthy, port, {}); }
+    static LLMError portOccupiedUnhealthy(int port) {
+        return LLMError(Kind::portOccupiedUnhealthy, port, {});
+    }
     static LLMError http(int status) { return LLMError(Kind::http, status, {}); }
-    static LLMError invalidRequest(std::string text) { return LLMError(Kind::invalidRequest, 0, std::move(text)); }
-    static LLMError invalidResponse(std::string text) { return LLMError(Kind::invalidResponse, 0, std::move(text)); }
+    static LLMError invalidRequest(std::string text) {
+        return LLMError(Kind::invalidRequest, 0, std::move(text));
+    }
+    static LLMError invalidResponse(std::string text) {
+        return LLMError(Kind::invalidResponse, 0, std::move(text));
+    }
     static LLMError binaryNotFound() { return LLMError(Kind::binaryNotFound, 0, {}); }
     static LLMError modelNotFound() { return LLMError(Kind::modelNotFound, 0, {}); }
     static LLMError serverStartTimeout() { return LLMError(Kind::serverStartTimeout, 0, {}); }

@@ -79,7 +79,8 @@ public:
     // The conversion that the slots ask for: "amount" (commas allowed), "from_currency" and
     // "to_currency" (the source when absent); a target equal to the source becomes won, or
     // dollars for won. Nothing when a slot is missing or unreadable.
-    static std::optional<answers::CurrencyConversionRequest> currencyRequest(const core::Slots& slots);
+    static std::optional<answers::CurrencyConversionRequest> currencyRequest(
+        const core::Slots& slots);
     // Whether the query contains the value, ignoring white space and case. An empty value
     // never appears.
     static bool slotValueAppears(std::string_view query, std::string_view value);

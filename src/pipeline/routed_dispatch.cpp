@@ -64,7 +64,8 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
     return std::nullopt;
 }
 
-std::optional<answers::CurrencyConversionRequest> Pipeline::currencyRequest(const core::Slots& slots) {
+std::optional<answers::CurrencyConversionRequest> Pipeline::currencyRequest(
+    const core::Slots& slots) {
     using answers::CurrencyCode;
     const auto amountText = Validator::stringSlot(slots, "amount");
     if (!amountText) return std::nullopt;

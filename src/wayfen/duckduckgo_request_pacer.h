@@ -26,11 +26,11 @@ public:
     void waitForTurn();
 
     // One per provider for the whole process, made on first use.
-    static std::shared_ptr<DuckDuckGoRequestPacer> shared();            // 2.0 s
-    static std::shared_ptr<DuckDuckGoRequestPacer> tavilyShared();      // 1.0 s
-    static std::shared_ptr<DuckDuckGoRequestPacer> firecrawlShared();   // 1.0 s
-    static std::shared_ptr<DuckDuckGoRequestPacer> searxngShared();     // 2.0 s
-    static std::shared_ptr<DuckDuckGoRequestPacer> wikipediaShared();   // 0.3 s
+    static std::shared_ptr<DuckDuckGoRequestPacer> shared();           // 2.0 s
+    static std::shared_ptr<DuckDuckGoRequestPacer> tavilyShared();     // 1.0 s
+    static std::shared_ptr<DuckDuckGoRequestPacer> firecrawlShared();  // 1.0 s
+    static std::shared_ptr<DuckDuckGoRequestPacer> searxngShared();    // 2.0 s
+    static std::shared_ptr<DuckDuckGoRequestPacer> wikipediaShared();  // 0.3 s
 
 private:
     const std::chrono::duration<double> minimumInterval_;

@@ -8,12 +8,18 @@ namespace {
 
 const char* kindName(PageFetchError::Kind kind) {
     switch (kind) {
-        case PageFetchError::Kind::badStatus: return "badStatus";
-        case PageFetchError::Kind::unsupportedContentType: return "unsupportedContentType";
-        case PageFetchError::Kind::timedOut: return "timedOut";
-        case PageFetchError::Kind::tooLarge: return "tooLarge";
-        case PageFetchError::Kind::undecodableBody: return "undecodableBody";
-        case PageFetchError::Kind::unsafeDestination: return "unsafeDestination";
+        case PageFetchError::Kind::badStatus:
+            return "badStatus";
+        case PageFetchError::Kind::unsupportedContentType:
+            return "unsupportedContentType";
+        case PageFetchError::Kind::timedOut:
+            return "timedOut";
+        case PageFetchError::Kind::tooLarge:
+            return "tooLarge";
+        case PageFetchError::Kind::undecodableBody:
+            return "undecodableBody";
+        case PageFetchError::Kind::unsafeDestination:
+            return "unsafeDestination";
     }
     return "unknown";
 }
@@ -30,8 +36,12 @@ PageFetchError::PageFetchError(Kind kind, int status, std::optional<std::string>
     }
 }
 
-std::string PageFetchError::description() const { return description_; }
+std::string PageFetchError::description() const {
+    return description_;
+}
 
-const char* PageFetchError::what() const noexcept { return description_.c_str(); }
+const char* PageFetchError::what() const noexcept {
+    return description_.c_str();
+}
 
 }  // namespace wayfen

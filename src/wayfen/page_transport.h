@@ -30,7 +30,9 @@ public:
         unsafeDestination
     };
 
-    static PageFetchError badStatus(int status) { return PageFetchError(Kind::badStatus, status, {}); }
+    static PageFetchError badStatus(int status) {
+        return PageFetchError(Kind::badStatus, status, {});
+    }
     static PageFetchError unsupportedContentType(std::optional<std::string> type) {
         return PageFetchError(Kind::unsupportedContentType, 0, std::move(type));
     }

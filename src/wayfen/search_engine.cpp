@@ -27,8 +27,8 @@ constexpr std::size_t rankedResultLimit = 5;
 // Video sites and social networks whose pages carry little paragraph text to a plain fetch.
 const std::set<std::string, std::less<>>& lowExtractionYieldHosts() {
     static const std::set<std::string, std::less<>> hosts = {
-        "youtube.com",   "youtu.be",      "reddit.com",  "twitter.com",  "x.com",
-        "instagram.com", "facebook.com", "tiktok.com",  "pinterest.com",
+        "youtube.com",   "youtu.be",     "reddit.com", "twitter.com",   "x.com",
+        "instagram.com", "facebook.com", "tiktok.com", "pinterest.com",
     };
     return hosts;
 }
@@ -56,7 +56,8 @@ struct FetchPlan {
 
 FetchPlan fetchPlan(const std::vector<Result>& results, int maxPages) {
     FetchPlan plan;
-    const std::size_t pages = std::min(results.size(), static_cast<std::size_t>(std::max(maxPages, 0)));
+    const std::size_t pages =
+        std::min(results.size(), static_cast<std::size_t>(std::max(maxPages, 0)));
     for (std::size_t i = 0; i < pages; ++i) {
         auto url = base::Url::parse(results[i].url);
         if (!url) continue;
@@ -90,7 +91,8 @@ std::vector<ChunkSelector::SourceChunk> chunksOf(std::vector<FetchedPage> pages,
     for (const auto& page : pages) {
         const auto paragraphs = ReadabilityExtractor::extract(page.html);
         if (!paragraphs) continue;
-        auto pageChunks = ChunkSelector::chunk(*paragraphs, sourceHost(page, plan), page.url.text());
+        auto pageChunks =
+            ChunkSelector::chunk(*paragraphs, sourceHost(page, plan), page.url.text());
         chunks.insert(chunks.end(), std::make_move_iterator(pageChunks.begin()),
                       std::make_move_iterator(pageChunks.end()));
     }
@@ -113,8 +115,8 @@ std::map<std::string, std::string> passagesByURL(std::vector<ChunkSelector::Sour
 
 std::string recencyEnrichedQuery(const std::string& query,
                                  std::chrono::system_clock::time_point now) {
-    static const std::array<std::string_view, 8> keywords = {
-        "최신", "신형", "latest", "newest", "요즘", "올해", "最新", "今年"};
+    static const std::array<std::string_view, 8> keywords = {"최신", "신형", "latest", "newest",
+                                                             "요즘", "올해", "最新",   "今年"};
     static const base::Regex namedYear("20[0-9]{2}");
     const std::string lowered = text::lower(query);
     const bool asksForRecent = std::any_of(keywords.begin(), keywords.end(), [&](auto keyword) {
@@ -157,9 +159,9 @@ std::vector<Result> rankedForSummary(std::string_view query, const std::vector<R
         scores.reserve(results.size());
         for (const auto& result : results) {
             const std::string haystack = text::lower(result.title + " " + result.snippet);
-            scores.push_back(static_cast<std::size_t>(
-                std::count_if(tokens.begin(), tokens.end(),
-                              [&](const std::string& token) { return text::contains(haystack, token); })));
+            scores.push_back(static_cast<std::size_t>(std::count_if(
+                tokens.begin(), tokens.end(),
+                [&](const std::string& token) { return text::contains(haystack, token); })));
         }
         std::stable_sort(order.begin(), order.end(),
                          [&](std::size_t a, std::size_t b) { return scores[a] > scores[b]; });
@@ -186,8 +188,9 @@ bool isLowExtractionYieldHost(std::string_view host) {
 
 std::vector<Result> demotingLowExtractionYieldHosts(const std::vector<Result>& results) {
     std::vector<Result> demoted = results;
-    std::stable_partition(demoted.begin(), demoted.end(),
-                          [](const Result& result) { return !isLowExtractionYieldHost(result.host); });
+    std::stable_partition(demoted.begin(), demoted.end(), [](const Result& result) {
+        return !isLowExtractionYieldHost(result.host);
+    });
     return demoted;
 }
 

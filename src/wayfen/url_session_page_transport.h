@@ -42,11 +42,10 @@ public:
     // `isSafeDestination` exists for tests only: every test server listens on loopback, which
     // the real check refuses, so a test admits exactly its first server and still proves both
     // points of protection against a second one. Production code leaves the default.
-    explicit URLSessionPageTransport(std::shared_ptr<nuvrel::base::HttpSession> session = nullptr,
-                                     double timeoutInterval = 3.5,
-                                     std::string userAgent = defaultUserAgent,
-                                     std::size_t maxStreamedBytes = 1'572'864,
-                                     DestinationCheck isSafeDestination = PageFetcher::isSafeToFetch);
+    explicit URLSessionPageTransport(
+        std::shared_ptr<nuvrel::base::HttpSession> session = nullptr, double timeoutInterval = 3.5,
+        std::string userAgent = defaultUserAgent, std::size_t maxStreamedBytes = 1'572'864,
+        DestinationCheck isSafeDestination = PageFetcher::isSafeToFetch);
 
     // Throws PageFetchError::unsafeDestination, without a connection, for a refused URL;
     // base::HttpError when no response could be had. The body holds at most

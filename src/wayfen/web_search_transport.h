@@ -28,7 +28,9 @@ public:
     static WebSearchTransportError badHTTPStatus(int status) {
         return WebSearchTransportError(Kind::badHTTPStatus, status);
     }
-    static WebSearchTransportError invalidURL() { return WebSearchTransportError(Kind::invalidURL, 0); }
+    static WebSearchTransportError invalidURL() {
+        return WebSearchTransportError(Kind::invalidURL, 0);
+    }
     static WebSearchTransportError undecodableBody() {
         return WebSearchTransportError(Kind::undecodableBody, 0);
     }

@@ -71,10 +71,12 @@ TEST(CommandLine, NetlogTakesItsOwnOptionsAndRefusesAnythingElse) {
 
     EXPECT_NE(usageError({"netlog", "--limit"}).find("needs a number"), std::string::npos);
     for (const char* bad : {"-1", "ten", "5x", ""}) {
-        EXPECT_NE(usageError({"netlog", "--limit", bad}).find("whole number"), std::string::npos) << bad;
+        EXPECT_NE(usageError({"netlog", "--limit", bad}).find("whole number"), std::string::npos)
+            << bad;
     }
     EXPECT_NE(usageError({"netlog", "--lang", "fr"}).find("unknown language"), std::string::npos);
-    EXPECT_NE(usageError({"netlog", "--no-network"}).find("netlog does not take"), std::string::npos);
+    EXPECT_NE(usageError({"netlog", "--no-network"}).find("netlog does not take"),
+              std::string::npos);
     EXPECT_NE(usageError({"netlog", "recent"}).find("netlog does not take"), std::string::npos);
     EXPECT_NE(usageError({"ask", "x", "--lang=fr"}).find("unknown language"), std::string::npos);
     EXPECT_EQ(parsed({"ask", "x", "--lang=ko"}).options.language, core::AppLanguage::ko);
@@ -83,10 +85,12 @@ TEST(CommandLine, NetlogTakesItsOwnOptionsAndRefusesAnythingElse) {
 
 TEST(PreferredLanguages, ComeFromTheLocaleVariablesInOrder) {
     const char* env[] = {"LANG=ja_JP.UTF-8", "LANGUAGE=ko_KR:en", nullptr};
-    EXPECT_EQ(preferredLanguagesFromEnvironment(env), (std::vector<std::string>{"ko-KR", "en", "ja-JP"}));
+    EXPECT_EQ(preferredLanguagesFromEnvironment(env),
+              (std::vector<std::string>{"ko-KR", "en", "ja-JP"}));
     const char* plain[] = {"LC_ALL=C", "LANG=zh_TW.UTF-8", nullptr};
     EXPECT_TRUE(preferredLanguagesFromEnvironment(plain).empty()) << "LC_ALL wins and says nothing";
-    EXPECT_EQ(core::detectFromSystemLocale(preferredLanguagesFromEnvironment(env)), core::AppLanguage::ko);
+    EXPECT_EQ(core::detectFromSystemLocale(preferredLanguagesFromEnvironment(env)),
+              core::AppLanguage::ko);
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
 // A one-shot `nuvrel ask` while another live instance owns the router's server: the program
 // finds it healthy, uses it as a guest and leaves it running.
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <signal.h>
 #include <sys/wait.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "base/files.h"

@@ -11,7 +11,8 @@ using Purpose = NetworkActivityLog::Purpose;
 // Notes what the log held when it was called, so a test sees that recording came first.
 class SpyingSearchTransport : public wayfen::WebSearchTransport {
 public:
-    explicit SpyingSearchTransport(std::shared_ptr<NetworkActivityLog> log) : log_(std::move(log)) {}
+    explicit SpyingSearchTransport(std::shared_ptr<NetworkActivityLog> log)
+        : log_(std::move(log)) {}
     std::string fetchResultsHTML(const std::string& query) const override {
         entriesSeen = log_->recentEntries(10).size();
         queries.push_back(query);
@@ -61,8 +62,8 @@ TEST(LoggingWebSearchTransport, RecordsTheFixedPathBeforeSearchingAndNeverTheQue
 
 TEST(LoggingWebSearchTransport, LeavesALocalProviderOutOfTheLog) {
     auto log = std::make_shared<NetworkActivityLog>();
-    const LoggingWebSearchTransport transport(std::make_shared<SpyingSearchTransport>(log), "localhost",
-                                              Purpose::webSearch, log);
+    const LoggingWebSearchTransport transport(std::make_shared<SpyingSearchTransport>(log),
+                                              "localhost", Purpose::webSearch, log);
     transport.fetchResultsHTML("q");
     EXPECT_TRUE(log->recentEntries(10).empty());
 }

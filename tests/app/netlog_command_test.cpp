@@ -20,7 +20,8 @@ using Purpose = NetworkActivityLog::Purpose;
 using Entry = NetworkActivityLog::Entry;
 using TimePoint = std::chrono::system_clock::time_point;
 
-const TimePoint morning = TimePoint(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 7h + 15min + 3s;
+const TimePoint morning =
+    TimePoint(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 7h + 15min + 3s;
 
 // Local time is Korea's (UTC+9, no daylight saving) while the object lives.
 class KoreanTimeZone {
@@ -31,8 +32,10 @@ public:
         ::tzset();
     }
     ~KoreanTimeZone() {
-        if (saved_) ::setenv("TZ", saved_->c_str(), 1);
-        else ::unsetenv("TZ");
+        if (saved_)
+            ::setenv("TZ", saved_->c_str(), 1);
+        else
+            ::unsetenv("TZ");
         ::tzset();
     }
 
@@ -63,25 +66,32 @@ TEST(NetlogText, ListsEachRequestInLocalTimeWithAlignedColumnsThenTheSummary) {
     EXPECT_NE(korean.find("최근 활동\n"), std::string::npos) << korean;
     EXPECT_NE(korean.find("  모델 다운로드\n"), std::string::npos) << korean;
     EXPECT_NE(korean.find("지난 24시간 동안 외부 요청 3건\n"), std::string::npos) << korean;
-    EXPECT_NE(korean.find("로그 파일: /data/nuvrel/network-activity.json\n"), std::string::npos) << korean;
+    EXPECT_NE(korean.find("로그 파일: /data/nuvrel/network-activity.json\n"), std::string::npos)
+        << korean;
 }
 
 TEST(NetlogText, SaysSoWhenNothingWasRecordedAndWhenTheRingMayHaveDroppedSomeOfTheDay) {
     NetlogReport empty{{}, 0, false, "/f.json"};
     const auto none = netlogText(empty, core::LocalizedStrings::ja());
-    EXPECT_EQ(none.rfind("ネットワークアクティビティはまだ記録されていません\n\n過去24時間の外部へのリクエスト：0件\n", 0), 0u)
+    EXPECT_EQ(none.rfind("ネットワークアクティビティはまだ記録されていません\n\n過去24時間の外部へ"
+                         "のリクエスト：0件\n",
+                         0),
+              0u)
         << none;
 
     NetlogReport full{{}, 500, true, "/f.json"};
     EXPECT_NE(netlogText(full, core::LocalizedStrings::en())
-                  .find("500+ outbound requests in the past 24 hours (only the most recent 500 are kept)\n"),
+                  .find("500+ outbound requests in the past 24 hours (only the most recent 500 are "
+                        "kept)\n"),
               std::string::npos);
-    EXPECT_NE(netlogText(full, core::LocalizedStrings::zh()).find("过去 24 小时内有 500+ 次对外请求（仅保留最近的 500 条）"),
+    EXPECT_NE(netlogText(full, core::LocalizedStrings::zh())
+                  .find("过去 24 小时内有 500+ 次对外请求（仅保留最近的 500 条）"),
               std::string::npos);
 
     // A full ring that reaches back past the day has the day's whole count.
     NetlogReport fullButOld{{}, 20, true, "/f.json"};
-    EXPECT_NE(netlogText(fullButOld, core::LocalizedStrings::en()).find("\n20 outbound requests in the past 24 hours\n"),
+    EXPECT_NE(netlogText(fullButOld, core::LocalizedStrings::en())
+                  .find("\n20 outbound requests in the past 24 hours\n"),
               std::string::npos);
 }
 
@@ -107,7 +117,8 @@ protected:
     std::string homeVariable = "HOME=" + home.path().string();
     std::filesystem::path logFile = home.path() / "data" / "nuvrel" / "network-activity.json";
     std::filesystem::path settingsFile = home.path() / "config" / "nuvrel" / "settings.json";
-    const TimePoint now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const TimePoint now =
+        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 
     void SetUp() override {
         const std::vector<Entry> entries{
@@ -133,17 +144,22 @@ TEST_F(NetlogCommandTest, PrintsTheLogOfTheHomeItIsGivenInTheChosenLanguage) {
     const auto english = run({});
     EXPECT_NE(english.find("api.open-meteo.com"), std::string::npos) << english;
     EXPECT_NE(english.find("huggingface.co"), std::string::npos) << english;
-    EXPECT_NE(english.find("\n2 outbound requests in the past 24 hours\n"), std::string::npos) << english;
+    EXPECT_NE(english.find("\n2 outbound requests in the past 24 hours\n"), std::string::npos)
+        << english;
     EXPECT_NE(english.find("Log file: " + logFile.string()), std::string::npos) << english;
 
-    EXPECT_NE(run({}, {"LANG=ko_KR.UTF-8"}).find("지난 24시간 동안 외부 요청 2건"), std::string::npos)
+    EXPECT_NE(run({}, {"LANG=ko_KR.UTF-8"}).find("지난 24시간 동안 외부 요청 2건"),
+              std::string::npos)
         << "the system's language without a saved one";
     base::writeFileAtomically(settingsFile, R"({"lang": "ja"})");
-    EXPECT_NE(run({}, {"LANG=ko_KR.UTF-8"}).find("過去24時間の外部へのリクエスト：2件"), std::string::npos)
-        << "the saved language over the system's";
-    EXPECT_NE(run({}, {"NUVREL_DEBUG_LANG=zh"}).find("过去 24 小时内有 2 次对外请求"), std::string::npos);
-    EXPECT_NE(run({core::AppLanguage::ko, false, 50}, {"NUVREL_DEBUG_LANG=zh"}).find("외부 요청 2건"),
+    EXPECT_NE(run({}, {"LANG=ko_KR.UTF-8"}).find("過去24時間の外部へのリクエスト：2件"),
               std::string::npos)
+        << "the saved language over the system's";
+    EXPECT_NE(run({}, {"NUVREL_DEBUG_LANG=zh"}).find("过去 24 小时内有 2 次对外请求"),
+              std::string::npos);
+    EXPECT_NE(
+        run({core::AppLanguage::ko, false, 50}, {"NUVREL_DEBUG_LANG=zh"}).find("외부 요청 2건"),
+        std::string::npos)
         << "--lang over everything";
 }
 

@@ -20,7 +20,8 @@ using Entry = NetworkActivityLog::Entry;
 using TimePoint = std::chrono::system_clock::time_point;
 
 // 2026-11-22T07:15:03Z
-const TimePoint start = TimePoint(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 7h + 15min + 3s;
+const TimePoint start =
+    TimePoint(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 7h + 15min + 3s;
 
 // A clock that a test moves by hand.
 struct ManualClock {
@@ -50,7 +51,8 @@ TEST_F(NetworkActivityLogTest, WritesNewestFirstAndReadsEntriesBackEqual) {
     const auto json = fileJSON();
     ASSERT_TRUE(json.is_array());
     ASSERT_EQ(json.size(), 2u);
-    EXPECT_EQ(json[0], nlohmann::json::parse(R"({"timestamp":"2026-11-22T07:15:08Z","host":"huggingface.co",
+    EXPECT_EQ(json[0],
+              nlohmann::json::parse(R"({"timestamp":"2026-11-22T07:15:08Z","host":"huggingface.co",
         "path":"/model.gguf","purpose":"modelDownload","bytes":4294967296})"));
     EXPECT_EQ(json[1], nlohmann::json::parse(R"({"timestamp":"2026-11-22T07:15:03Z",
         "host":"api.open-meteo.com","path":"/v1/forecast","purpose":"weather"})"))
@@ -69,8 +71,11 @@ TEST_F(NetworkActivityLogTest, WritesNewestFirstAndReadsEntriesBackEqual) {
 TEST_F(NetworkActivityLogTest, EveryPurposeSurvivesTheFileUnderItsCaseName) {
     auto log = logOnFile();
     const std::vector<std::pair<Purpose, std::string>> purposes{
-        {Purpose::webSearch, "webSearch"}, {Purpose::weather, "weather"}, {Purpose::currency, "currency"},
-        {Purpose::modelDownload, "modelDownload"}, {Purpose::modelUpdateCheck, "modelUpdateCheck"}};
+        {Purpose::webSearch, "webSearch"},
+        {Purpose::weather, "weather"},
+        {Purpose::currency, "currency"},
+        {Purpose::modelDownload, "modelDownload"},
+        {Purpose::modelUpdateCheck, "modelUpdateCheck"}};
     for (const auto& [purpose, raw] : purposes) log.record("example.com", "/" + raw, purpose);
     const auto json = fileJSON();
     const auto reread = logOnFile().recentEntries(10);
@@ -84,7 +89,8 @@ TEST_F(NetworkActivityLogTest, EveryPurposeSurvivesTheFileUnderItsCaseName) {
 
 TEST_F(NetworkActivityLogTest, LoopbackHostsAreNeitherStoredNorWritten) {
     auto log = logOnFile();
-    for (const char* host : {"LOCALHOST", "localhost", "127.0.0.1", "::1", "router.localhost", "A.LocalHost"}) {
+    for (const char* host :
+         {"LOCALHOST", "localhost", "127.0.0.1", "::1", "router.localhost", "A.LocalHost"}) {
         log.record(host, "/completion", Purpose::webSearch);
     }
     EXPECT_TRUE(log.recentEntries(10).empty());
@@ -151,7 +157,8 @@ TEST_F(NetworkActivityLogTest, ADamagedFileReadsAsEmptyAndIsReplacedAtTheNextRec
 }
 
 TEST_F(NetworkActivityLogTest, AnExplicitNullByteCountReadsAsAbsent) {
-    base::writeFileAtomically(file,
+    base::writeFileAtomically(
+        file,
         R"([{"timestamp":"2026-11-22T07:00:00+09:00","host":"a.com","path":"/","purpose":"weather","bytes":null}])");
     const auto entries = logOnFile().recentEntries(1);
     ASSERT_EQ(entries.size(), 1u);
@@ -197,7 +204,8 @@ TEST_F(NetworkActivityLogTest, ConcurrentRecordsAreAllKept) {
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&log, t] {
-            for (int i = 0; i < 25; ++i) log.record("t" + std::to_string(t) + ".example", "/", Purpose::webSearch);
+            for (int i = 0; i < 25; ++i)
+                log.record("t" + std::to_string(t) + ".example", "/", Purpose::webSearch);
         });
     }
     for (auto& thread : threads) thread.join();
@@ -214,8 +222,9 @@ TEST(ISO8601Timestamp, ReadsWhatItWritesAndTheCommonVariants) {
     EXPECT_EQ(parseISO8601Timestamp("2026-11-22T16:15:03+0900"), start);
     EXPECT_EQ(parseISO8601Timestamp("2024-02-29T00:00:00Z"),
               TimePoint(std::chrono::sys_days(std::chrono::year(2024) / 2 / 29)));
-    for (const char* bad : {"2026-02-29T00:00:00Z", "2026-11-22T24:00:00Z", "2026-11-22 07:15:03Z",
-                            "2026-11-22T07:15:03", "2026-11-22T07:15:03Zjunk", "", "2026-13-01T00:00:00Z"}) {
+    for (const char* bad :
+         {"2026-02-29T00:00:00Z", "2026-11-22T24:00:00Z", "2026-11-22 07:15:03Z",
+          "2026-11-22T07:15:03", "2026-11-22T07:15:03Zjunk", "", "2026-13-01T00:00:00Z"}) {
         EXPECT_EQ(parseISO8601Timestamp(bad), std::nullopt) << bad;
     }
 }

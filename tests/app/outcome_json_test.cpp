@@ -11,10 +11,11 @@ using core::CapabilityResult;
 using core::PipelineOutcome;
 
 TEST(OutcomeJSON, ResultsCarryTheirCaseAndPayloadFieldsByName) {
-    const auto calculation =
-        outcomeJSON(PipelineOutcome::result(CapabilityResult::Calculation{"100 - 15% of 200 = 70"}));
-    EXPECT_EQ(calculation.dump(),
-              R"({"outcome":"result","result":{"case":"calculation","display":"100 - 15% of 200 = 70"}})");
+    const auto calculation = outcomeJSON(
+        PipelineOutcome::result(CapabilityResult::Calculation{"100 - 15% of 200 = 70"}));
+    EXPECT_EQ(
+        calculation.dump(),
+        R"({"outcome":"result","result":{"case":"calculation","display":"100 - 15% of 200 = 70"}})");
 
     core::WebAnswer answer;
     answer.query = "q";
@@ -30,10 +31,11 @@ TEST(OutcomeJSON, ResultsCarryTheirCaseAndPayloadFieldsByName) {
 }
 
 TEST(OutcomeJSON, ErrorsConfirmationsAndCancellation) {
-    const auto error = outcomeJSON(PipelineOutcome::error(core::UserFacingError("Couldn't reach the local model",
-                                                                                std::nullopt, true)));
-    EXPECT_EQ(error.dump(),
-              R"({"outcome":"error","error":{"message":"Couldn't reach the local model","recoverySuggestion":null,"retryable":true}})");
+    const auto error = outcomeJSON(PipelineOutcome::error(
+        core::UserFacingError("Couldn't reach the local model", std::nullopt, true)));
+    EXPECT_EQ(
+        error.dump(),
+        R"({"outcome":"error","error":{"message":"Couldn't reach the local model","recoverySuggestion":null,"retryable":true}})");
 
     core::MessageDraft draft;
     draft.recipientQuery = "엄마";
@@ -50,11 +52,15 @@ TEST(OutcomeJSON, ErrorsConfirmationsAndCancellation) {
 
 TEST(CardText, ShowsThePayloadAndTheRecoveryInTheInterfaceLanguage) {
     const auto& en = core::LocalizedStrings::en();
-    EXPECT_EQ(cardText(PipelineOutcome::result(CapabilityResult::Calculation{"2 + 2 = 4"}), en), "2 + 2 = 4\n");
-    EXPECT_EQ(cardText(PipelineOutcome::error(core::UserFacingError("M", std::string("R"), false)), en), "M\nR\n");
+    EXPECT_EQ(cardText(PipelineOutcome::result(CapabilityResult::Calculation{"2 + 2 = 4"}), en),
+              "2 + 2 = 4\n");
+    EXPECT_EQ(
+        cardText(PipelineOutcome::error(core::UserFacingError("M", std::string("R"), false)), en),
+        "M\nR\n");
 
     const auto& ko = core::LocalizedStrings::ko();
-    const std::string help = cardText(PipelineOutcome::result(CapabilityResult::HelpOverview{}), ko);
+    const std::string help =
+        cardText(PipelineOutcome::result(CapabilityResult::HelpOverview{}), ko);
     EXPECT_EQ(help.rfind(ko.helpHeaderTitle, 0), 0u);
     EXPECT_NE(help.find(ko.helpItems.front()), std::string::npos);
     EXPECT_EQ(cardText(PipelineOutcome::cancelled(), en), "");

@@ -13,7 +13,8 @@ TEST(Diagnostics, LinesFromManyThreadsStayWholeAndTagged) {
     std::vector<std::thread> writers;
     for (int t = 0; t < 4; ++t) {
         writers.emplace_back([] {
-            for (int i = 0; i < 50; ++i) diag::event.line("server started on port 8765 after a long wait");
+            for (int i = 0; i < 50; ++i)
+                diag::event.line("server started on port 8765 after a long wait");
         });
     }
     for (auto& writer : writers) writer.join();
@@ -25,8 +26,10 @@ TEST(Diagnostics, LinesFromManyThreadsStayWholeAndTagged) {
         const std::size_t end = output.find('\n', start);
         ASSERT_NE(end, std::string::npos);
         const std::string line = output.substr(start, end - start);
-        if (lines < 200) EXPECT_EQ(line, "[Nuvrel] server started on port 8765 after a long wait");
-        else EXPECT_EQ(line, "[nuvrel-latency] route 12 ms");
+        if (lines < 200)
+            EXPECT_EQ(line, "[Nuvrel] server started on port 8765 after a long wait");
+        else
+            EXPECT_EQ(line, "[nuvrel-latency] route 12 ms");
         ++lines;
         start = end + 1;
     }

@@ -1,19 +1,18 @@
 #include "base/files.h"
-#include "base/paths.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
 
+#include "base/paths.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::base {
 namespace {
 
 TEST(XdgPaths, DefaultsBelowHomeAndRelativeValuesIgnored) {
-    std::map<std::string, std::string> env{{"HOME", "/home/u"},
-                                           {"XDG_DATA_HOME", "relative/data"},
-                                           {"XDG_CONFIG_HOME", "/etc/cfg"}};
+    std::map<std::string, std::string> env{
+        {"HOME", "/home/u"}, {"XDG_DATA_HOME", "relative/data"}, {"XDG_CONFIG_HOME", "/etc/cfg"}};
     auto paths = XdgPaths::fromEnvironment([&](const char* name) -> std::optional<std::string> {
         auto it = env.find(name);
         if (it == env.end()) return std::nullopt;
@@ -35,10 +34,12 @@ TEST(Files, AtomicWriteCreatesFoldersReplacesWholeAndLeavesNoTemporary) {
     writeFileAtomically(file, "second, longer");
     EXPECT_EQ(readFile(file), "second, longer");
     int entries = 0;
-    for ([[maybe_unused]] auto& entry : std::filesystem::directory_iterator(file.parent_path())) ++entries;
+    for ([[maybe_unused]] auto& entry : std::filesystem::directory_iterator(file.parent_path()))
+        ++entries;
     EXPECT_EQ(entries, 1);
     EXPECT_FALSE(readFile(home.path() / "missing"));
-    EXPECT_THROW(writeFileAtomically("/proc/nuvrel-cannot-write/x", "y"), std::filesystem::filesystem_error);
+    EXPECT_THROW(writeFileAtomically("/proc/nuvrel-cannot-write/x", "y"),
+                 std::filesystem::filesystem_error);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ HttpRequest requestTo(const std::string& address) {
 // A listening socket on 127.0.0.1 driven by hand: to see raw request bytes, or to see that
 // nobody connected at all.
 class RawListener {
-  public:
+public:
     RawListener() {
         fd_ = ::socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in address{};
@@ -78,14 +78,14 @@ class RawListener {
         return head;
     }
 
-  private:
+private:
     int fd_ = -1;
     int port_ = 0;
 };
 
 // Sets environment variables for one test and puts the old values back.
 class EnvironmentOverride {
-  public:
+public:
     void set(const char* name, const char* value) {
         if (!saved_.contains(name)) {
             const char* old = std::getenv(name);
@@ -107,7 +107,7 @@ class EnvironmentOverride {
         }
     }
 
-  private:
+private:
     std::map<std::string, std::optional<std::string>> saved_;
 };
 
@@ -393,7 +393,8 @@ TEST(HttpSession, ARefusedRedirectReturnsThe3xxAndALoopIsCut) {
     HttpSessionOptions threeHops;
     threeHops.maxRedirects = 3;
     HttpSession limited(threeHops);
-    const auto error = test::errorOf<HttpError>([&] { limited.send(requestTo(server.url("/loop"))); });
+    const auto error =
+        test::errorOf<HttpError>([&] { limited.send(requestTo(server.url("/loop"))); });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::tooManyRedirects);
     EXPECT_EQ(loopHits.load(), 4);  // the request and three followed hops
@@ -596,8 +597,8 @@ TEST(HttpSession, FailuresBeforeAnyResponseAreHttpErrors) {
     const int port = ntohs(address.sin_port);
 
     HttpSession session;
-    auto error =
-        test::errorOf<HttpError>([&] { session.send(requestTo("http://127.0.0.1:" + std::to_string(port) + "/")); });
+    auto error = test::errorOf<HttpError>(
+        [&] { session.send(requestTo("http://127.0.0.1:" + std::to_string(port) + "/")); });
     ::close(socketFD);
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->kind(), HttpError::Kind::cannotConnect);

@@ -91,7 +91,10 @@ TEST(Task, DestroyingATaskStopsAndJoinsIt) {
 
 TEST(TaskGroup, CollectsInAddOrderAndInCompletionOrder) {
     TaskGroup<int> group;
-    group.add([] { liveSleep(60ms); return 1; });
+    group.add([] {
+        liveSleep(60ms);
+        return 1;
+    });
     group.add([] { return 2; });
     auto first = group.next();
     ASSERT_TRUE(first);
@@ -103,7 +106,11 @@ TEST(TaskGroup, CollectsInAddOrderAndInCompletionOrder) {
     EXPECT_FALSE(group.next());
 
     TaskGroup<int> ordered;
-    for (int i = 0; i < 5; ++i) ordered.add([i] { liveSleep(std::chrono::milliseconds(5 * (5 - i))); return i; });
+    for (int i = 0; i < 5; ++i)
+        ordered.add([i] {
+            liveSleep(std::chrono::milliseconds(5 * (5 - i)));
+            return i;
+        });
     EXPECT_EQ(ordered.waitAll(), (std::vector<int>{0, 1, 2, 3, 4}));
 }
 

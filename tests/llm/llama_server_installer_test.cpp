@@ -100,7 +100,8 @@ TEST(LlamaServerInstallerTest, TheLiveRunWaitsForTheScriptAndACancelEndsItsWhole
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);
         std::this_thread::sleep_for(10ms);
     }
-    const std::string child = base::readFile(childFile)->substr(0, base::readFile(childFile)->size() - 1);
+    const std::string child =
+        base::readFile(childFile)->substr(0, base::readFile(childFile)->size() - 1);
     installing.cancel();
     EXPECT_THROW(installing.value(), base::Cancelled);
     // Gone, or a zombie waiting for init: either way no longer running.

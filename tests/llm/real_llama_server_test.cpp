@@ -1,13 +1,15 @@
 // The server manager against the real llama-server and the tiny test model: the ownership
 // rules with real processes, and the crash reaper with real children.
+#include "support/real_llama_server.h"
+
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <chrono>
 #include <future>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "base/cancellation.h"
@@ -19,7 +21,6 @@
 #include "llm/managed_llama_backend.h"
 #include "llm/server_process_support.h"
 #include "support/helper_process.h"
-#include "support/real_llama_server.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
@@ -50,16 +51,16 @@ protected:
         environment.findServerBinary = [] { return std::optional(realServerBinary()); };
         environment.logsDirectory = logs;
         environment.timing.healthPollInterval = 50ms;
-        return std::make_unique<LlamaServerManager>(modelPath, port, session,
-                                                    LlamaServerMode::chat, 2048, environment);
+        return std::make_unique<LlamaServerManager>(modelPath, port, session, LlamaServerMode::chat,
+                                                    2048, environment);
     }
 
     // A real server this test owns, started the way the manager starts one, healthy on return.
-    std::unique_ptr<ForeignProcess> foreignServer(int port,
-                                                  const std::filesystem::path& binary = realServerBinary()) {
+    std::unique_ptr<ForeignProcess> foreignServer(
+        int port, const std::filesystem::path& binary = realServerBinary()) {
         std::vector<std::string> argv{binary.string()};
-        for (auto& word : LlamaServerManager::serverArguments(modelPath, port,
-                                                              LlamaServerMode::chat, 2048)) {
+        for (auto& word :
+             LlamaServerManager::serverArguments(modelPath, port, LlamaServerMode::chat, 2048)) {
             argv.push_back(word);
         }
         auto server = std::make_unique<ForeignProcess>(argv);
@@ -118,8 +119,9 @@ TEST_F(RealLlamaServerTest, SpawnsOnceForConcurrentCallersRoutesAndStops) {
         R"({"type":"object","properties":{"intent":{"type":"string"}},"required":["intent"]})";
     ::testing::internal::CaptureStderr();
     const std::string reply = managed.complete("Route the query.", "hello", schema);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr().rfind("[nuvrel-latency] routing call ok in ", 0),
-              0u);
+    EXPECT_EQ(
+        ::testing::internal::GetCapturedStderr().rfind("[nuvrel-latency] routing call ok in ", 0),
+        0u);
     const auto decoded = nlohmann::json::parse(reply, nullptr, false);
     ASSERT_TRUE(decoded.is_object()) << reply;
     EXPECT_TRUE(decoded.contains("intent")) << reply;
@@ -255,7 +257,8 @@ TEST_F(CrashReaperTest, AnUnregisteredChildIsLeftAloneAndTheCrashTakesItsDefault
     ASSERT_TRUE(line);
     const pid_t sleeper = std::stoi(*line);
     expectCrashed(helper);
-    EXPECT_FALSE(nuvrel::test::waitForChild(sleeper, 300ms)) << "an unregistered child was signalled";
+    EXPECT_FALSE(nuvrel::test::waitForChild(sleeper, 300ms))
+        << "an unregistered child was signalled";
     ::kill(sleeper, SIGKILL);
     nuvrel::test::waitForChild(sleeper, 5s);
 }

@@ -100,7 +100,8 @@ TEST(CurrencyRequest, ReadsTheModelsSlotsStrictly) {
     EXPECT_FALSE(request({{"from_currency", "krw"}}));
     EXPECT_FALSE(request({{"amount", "10"}}));
     EXPECT_FALSE(request({{"amount", "10"}, {"from_currency", "bitcoin"}}));
-    EXPECT_FALSE(request({{"amount", "10"}, {"from_currency", "usd"}, {"to_currency", "doubloons"}}));
+    EXPECT_FALSE(
+        request({{"amount", "10"}, {"from_currency", "usd"}, {"to_currency", "doubloons"}}));
 }
 
 TEST(SlotValueAppears, IgnoresWhiteSpaceAndCaseButNeedsTheWholeValue) {

@@ -29,7 +29,8 @@ HelperProcess::HelperProcess(std::vector<std::string> argv) {
     std::vector<char*> words;
     for (auto& word : argv) words.push_back(word.data());
     words.push_back(nullptr);
-    const int result = ::posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr, words.data(), environ);
+    const int result =
+        ::posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr, words.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     ::close(toChild[0]);
     ::close(fromChild[1]);
@@ -55,7 +56,8 @@ std::optional<std::string> HelperProcess::readLine(std::chrono::milliseconds lim
             buffered_.erase(0, end + 1);
             return line;
         }
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
         if (left.count() <= 0) return std::nullopt;
         pollfd ready{output_, POLLIN, 0};
         if (::poll(&ready, 1, static_cast<int>(left.count())) <= 0) continue;

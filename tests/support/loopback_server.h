@@ -16,7 +16,7 @@
 namespace nuvrel::test {
 
 class LoopbackServer {
-  public:
+public:
     // Calls `routes` to register handlers, then starts listening; returns once the server
     // accepts connections.
     explicit LoopbackServer(const std::function<void(httplib::Server&)>& routes);
@@ -34,7 +34,7 @@ class LoopbackServer {
     // being stopped, so that a test never waits for a handler that is still sleeping.
     bool pause(std::chrono::milliseconds duration);
 
-  private:
+private:
     httplib::Server server_;
     int port_ = 0;
     std::thread thread_;

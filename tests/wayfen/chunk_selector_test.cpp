@@ -66,9 +66,9 @@ TEST(ChunkSelectorChunk, PacksWholeParagraphsUntilTheNextWouldReach501Characters
     EXPECT_THAT(lengths(ChunkSelector::chunk({run(299), run(300), run(10)}, "h", "u")),
                 ElementsAre(601u, 10u));
     // Characters, not bytes: Hangul syllables are three bytes each.
-    EXPECT_THAT(lengths(ChunkSelector::chunk({run(200, "가"), run(200, "나"), run(200, "다")},
-                                             "h", "u")),
-                ElementsAre(402u, 200u));
+    EXPECT_THAT(
+        lengths(ChunkSelector::chunk({run(200, "가"), run(200, "나"), run(200, "다")}, "h", "u")),
+        ElementsAre(402u, 200u));
 }
 
 TEST(ChunkSelectorChunk, BlankParagraphsAreTrimmedAwayAndMakeNoChunks) {
@@ -98,18 +98,19 @@ TEST(ChunkSelectorBudget, TakesWhatFitsInScoreOrderAndNeverReturnsNothing) {
 TEST(ChunkSelectorLexical, CountsNonOverlappingOccurrencesOfEveryQueryToken) {
     const std::vector<SourceChunk> chunks = {
         chunkOf("Tides and wind.", 0),
-        chunkOf("aaaa", 1),                             // "aa" twice, not three times
-        chunkOf("aa aa aa", 2),                         // "aa" three times
-        chunkOf("Solar power. SOLAR panels.", 3),       // "solar" twice, case ignored
+        chunkOf("aaaa", 1),                              // "aa" twice, not three times
+        chunkOf("aa aa aa", 2),                          // "aa" three times
+        chunkOf("Solar power. SOLAR panels.", 3),        // "solar" twice, case ignored
         chunkOf("solar panels, solar farms, solar", 4),  // "solar" three times, "panels" once
         chunkOf("A page about solar-powered ovens.", 5)};
-    EXPECT_THAT(texts(ChunkSelector::select(chunks, "Solar panels", 2000)),
-                ElementsAre("solar panels, solar farms, solar", "Solar power. SOLAR panels.",
-                            "A page about solar-powered ovens.", "Tides and wind.", "aaaa",
-                            "aa aa aa"));
-    EXPECT_THAT(texts(ChunkSelector::select(chunks, "aa", 2000)),
-                ElementsAre("aa aa aa", "aaaa", "Tides and wind.", "Solar power. SOLAR panels.",
-                            "solar panels, solar farms, solar", "A page about solar-powered ovens."));
+    EXPECT_THAT(
+        texts(ChunkSelector::select(chunks, "Solar panels", 2000)),
+        ElementsAre("solar panels, solar farms, solar", "Solar power. SOLAR panels.",
+                    "A page about solar-powered ovens.", "Tides and wind.", "aaaa", "aa aa aa"));
+    EXPECT_THAT(
+        texts(ChunkSelector::select(chunks, "aa", 2000)),
+        ElementsAre("aa aa aa", "aaaa", "Tides and wind.", "Solar power. SOLAR panels.",
+                    "solar panels, solar farms, solar", "A page about solar-powered ovens."));
     // A token repeated in the query counts each time it stands there: with "wind" twice both
     // chunks score 3 and the earlier wins; with "wind" three times the second scores 4.
     const std::vector<SourceChunk> weighed = {chunkOf("tides tides tides", 0),
@@ -147,15 +148,15 @@ TEST(ChunkSelectorEmbedding, RanksByCosineSimilarityAskingOneVectorPerChunkInOrd
                                              chunkOf("diagonal", 2),   chunkOf("wrong length", 3),
                                              chunkOf("zero", 4),       chunkOf("aligned", 5),
                                              chunkOf("scaled", 6)};
-    const auto provider = std::make_shared<ScriptedEmbeddings>(std::map<std::string, std::vector<float>>{
-        {"query", {1, 0}},
-        {"orthogonal", {0, 1}},
-        {"opposite", {-1, 0}},
-        {"diagonal", {1, 1}},
-        {"wrong length", {1, 0, 0}},
-        {"zero", {0, 0}},
-        {"aligned", {2, 0}},
-        {"scaled", {0.5f, 0}}});
+    const auto provider = std::make_shared<ScriptedEmbeddings>(
+        std::map<std::string, std::vector<float>>{{"query", {1, 0}},
+                                                  {"orthogonal", {0, 1}},
+                                                  {"opposite", {-1, 0}},
+                                                  {"diagonal", {1, 1}},
+                                                  {"wrong length", {1, 0, 0}},
+                                                  {"zero", {0, 0}},
+                                                  {"aligned", {2, 0}},
+                                                  {"scaled", {0.5f, 0}}});
     const auto selected = ChunkSelector::select(chunks, "query", 2000, provider);
     // Ties (1 and 1; 0, 0 and 0) keep the given order; mismatched and zero vectors score 0,
     // not NaN, and so still rank above a negative similarity.

@@ -7,8 +7,8 @@
 namespace wayfen {
 namespace {
 
-const std::string eucKrKorean = "\xC7\xD1\xB1\xB9\xBE\xEE";      // 한국어
-const std::string shiftJisJapanese = "\x93\xFA\x96\x7B\x8C\xEA";  // 日本語
+const std::string eucKrKorean = "\xC7\xD1\xB1\xB9\xBE\xEE";                          // 한국어
+const std::string shiftJisJapanese = "\x93\xFA\x96\x7B\x8C\xEA";                     // 日本語
 const std::string gb18030Text = "\xD6\xD0\xCE\xC4\x94\x39\xFC\x36\x81\x30\x8B\x37";  // 中文😀ÿ
 
 std::string pageWithMetaAt(std::size_t offset, const std::string& meta, const std::string& body) {
@@ -36,9 +36,9 @@ TEST(CharsetFromMetaTag, FindsTheFirstNamedCharsetWithinTheLimit) {
                                  "Charset=euc-kr\">",
                                  1024),
               "euc-kr");
-    EXPECT_EQ(charsetFromMetaTag("<meta name=\"x\"><meta charset='gb18030'><meta charset=utf-8>",
-                                 1024),
-              "gb18030");
+    EXPECT_EQ(
+        charsetFromMetaTag("<meta name=\"x\"><meta charset='gb18030'><meta charset=utf-8>", 1024),
+        "gb18030");
     // Only inside a meta tag, and only a tag that is whole within the limit.
     EXPECT_EQ(charsetFromMetaTag("<metadata charset=big5><p>charset=utf-8</p>", 1024),
               std::nullopt);
@@ -46,13 +46,12 @@ TEST(CharsetFromMetaTag, FindsTheFirstNamedCharsetWithinTheLimit) {
     EXPECT_EQ(charsetFromMetaTag(late, 1024), std::nullopt);
     EXPECT_EQ(charsetFromMetaTag("<meta charset=\"Shift_JIS\">", 20), std::nullopt);
     // Bytes that are not UTF-8 before the tag do not hide it.
-    EXPECT_EQ(charsetFromMetaTag(shiftJisJapanese + "<meta charset=shift_jis>", 1024),
-              "shift_jis");
+    EXPECT_EQ(charsetFromMetaTag(shiftJisJapanese + "<meta charset=shift_jis>", 1024), "shift_jis");
 }
 
 TEST(CharacterEncoding, MapsRegisteredNamesAndRefusesUnknownOnes) {
-    for (const char* name : {"EUC-KR", "euc-kr", " Shift_JIS ", "GB18030", "UTF-8",
-                             "ISO-8859-1", "windows-1252", "Big5", "EUC-JP"}) {
+    for (const char* name : {"EUC-KR", "euc-kr", " Shift_JIS ", "GB18030", "UTF-8", "ISO-8859-1",
+                             "windows-1252", "Big5", "EUC-JP"}) {
         EXPECT_TRUE(characterEncoding(name).has_value()) << name;
     }
     EXPECT_EQ(characterEncoding(" utf-8 "), characterEncoding("UTF-8"));
@@ -79,8 +78,9 @@ TEST(TextEncodingDecode, DecodesStrictlyOrNotAtAll) {
 TEST(DecodeHTML, PrefersTheHeaderThenTheMetaTagThenStrictUtf8) {
     EXPECT_EQ(decodeHTML(eucKrKorean, "text/html; charset=\"EUC-KR\"", 1024), "한국어");
 
-    const std::string meta = "<meta http-equiv=\"Content-Type\" content=\"text/html; "
-                             "charset=Shift_JIS\">";
+    const std::string meta =
+        "<meta http-equiv=\"Content-Type\" content=\"text/html; "
+        "charset=Shift_JIS\">";
     const std::string early = pageWithMetaAt(0, meta, shiftJisJapanese);
     EXPECT_EQ(decodeHTML(early, "text/html; charset=x-unknown-charset", 1024),
               pageWithMetaAt(0, meta, "日本語"));
@@ -91,9 +91,9 @@ TEST(DecodeHTML, PrefersTheHeaderThenTheMetaTagThenStrictUtf8) {
               std::nullopt);
 
     // The header wins over a tag that names another charset.
-    EXPECT_EQ(decodeHTML("<meta charset=shift_jis>" + eucKrKorean, "text/html; charset=euc-kr",
-                         1024),
-              "<meta charset=shift_jis>한국어");
+    EXPECT_EQ(
+        decodeHTML("<meta charset=shift_jis>" + eucKrKorean, "text/html; charset=euc-kr", 1024),
+        "<meta charset=shift_jis>한국어");
     EXPECT_EQ(decodeHTML("<p>naïve</p>", std::nullopt, 1024), "<p>naïve</p>");
     // No single-byte fallback for a page that names nothing.
     EXPECT_EQ(decodeHTML("<p>caf\xE9</p>", "text/html", 1024), std::nullopt);

@@ -34,11 +34,13 @@ RawPageResponse htmlPage(std::string body, std::string type = "text/html; charse
 }
 
 // A sleep that never ends by itself: the deadline passes only when a test says so.
-void neverExpires(std::chrono::nanoseconds) { base::liveSleep(24h); }
+void neverExpires(std::chrono::nanoseconds) {
+    base::liveSleep(24h);
+}
 
 // A one-shot signal between a test's threads.
 class Flag {
-  public:
+public:
     void raise() {
         std::lock_guard lock(mutex_);
         raised_ = true;
@@ -53,7 +55,7 @@ class Flag {
         return raised_;
     }
 
-  private:
+private:
     std::mutex mutex_;
     std::condition_variable changed_;
     bool raised_ = false;
@@ -62,7 +64,7 @@ class Flag {
 // Answers from a table by URL text; a URL marked as hanging blocks until its task is
 // cancelled. Records what was asked and what was cancelled.
 class ScriptedTransport : public PageTransport {
-  public:
+public:
     void answer(const std::string& address, RawPageResponse response) {
         responses_[url(address).text()] = std::move(response);
     }
@@ -95,7 +97,7 @@ class ScriptedTransport : public PageTransport {
     mutable Flag hangStarted;
     mutable Flag hangCancelled;
 
-  private:
+private:
     std::map<std::string, RawPageResponse> responses_;
     std::map<std::string, bool> hanging_;
     mutable std::mutex mutex_;
@@ -115,10 +117,9 @@ std::vector<std::string> urlsOf(const std::vector<FetchedPage>& pages) {
 
 TEST(PageFetcherSafety, RefusesLocalAndPrivateHostsOverEitherScheme) {
     const std::vector<std::string> unsafeHosts = {
-        "localhost",   "printer.local", "127.0.0.1",   "10.1.2.3",   "192.168.0.1",
-        "169.254.169.254", "172.16.0.1", "172.31.255.255", "0.0.0.0", "[::1]",
-        "[fe80::1]",   "[fd12:3456::1]", "[fc00::1]",  "[febf::1]", "localhost.",
-        "2130706433"};
+        "localhost",  "printer.local",  "127.0.0.1",  "10.1.2.3",  "192.168.0.1", "169.254.169.254",
+        "172.16.0.1", "172.31.255.255", "0.0.0.0",    "[::1]",     "[fe80::1]",   "[fd12:3456::1]",
+        "[fc00::1]",  "[febf::1]",      "localhost.", "2130706433"};
     for (const auto& host : unsafeHosts) {
         for (const std::string scheme : {"http", "https"}) {
             EXPECT_FALSE(PageFetcher::isSafeToFetch(url(scheme + "://" + host + "/page")))
@@ -132,12 +133,15 @@ TEST(PageFetcherSafety, RefusesLocalAndPrivateHostsOverEitherScheme) {
 
 TEST(PageFetcherSafety, AllowsPublicHostsAndLookalikesOfPrivateOnes) {
     const std::vector<std::string> safe = {
-        "https://example.com/",   "http://172.32.0.1/",      "http://100.64.0.1/",
-        "http://172.15.0.1/",     "http://169.253.1.1/",     "http://192.169.0.1/",
-        "http://11.0.0.1/",       "http://10.example.com/",  "http://notlocal/",
-        "http://local.example/",  "http://[2001:db8::1]/",   "http://[fec0::1]/",
-        "http://[fe7f::1]/",      "HTTPS://EXAMPLE.COM/Page", "HtTp://Example.Org:8080/",
-        "http://10.0.0.1.nip.example/", "http://8.10.127.192/"};
+        "https://example.com/",     "http://172.32.0.1/",
+        "http://100.64.0.1/",       "http://172.15.0.1/",
+        "http://169.253.1.1/",      "http://192.169.0.1/",
+        "http://11.0.0.1/",         "http://10.example.com/",
+        "http://notlocal/",         "http://local.example/",
+        "http://[2001:db8::1]/",    "http://[fec0::1]/",
+        "http://[fe7f::1]/",        "HTTPS://EXAMPLE.COM/Page",
+        "HtTp://Example.Org:8080/", "http://10.0.0.1.nip.example/",
+        "http://8.10.127.192/"};
     for (const auto& address : safe) {
         EXPECT_TRUE(PageFetcher::isSafeToFetch(url(address))) << address;
     }
@@ -150,9 +154,9 @@ TEST(PageFetcherFetchAll, FetchesOnlyUpToTheLimitAndKeepsTheAskedAddress) {
     for (const std::string name : {"a", "b", "c", "d"}) {
         transport->answer("https://" + name + ".example/", htmlPage("<p>" + name + "</p>"));
     }
-    const auto pages = fetcherOver(transport).fetchAll(
-        {url("https://a.example/"), url("https://b.example/"), url("https://c.example/"),
-         url("https://d.example/")});
+    const auto pages =
+        fetcherOver(transport).fetchAll({url("https://a.example/"), url("https://b.example/"),
+                                         url("https://c.example/"), url("https://d.example/")});
 
     EXPECT_EQ(urlsOf(pages), (std::vector<std::string>{"https://a.example/", "https://b.example/",
                                                        "https://c.example/"}));
@@ -189,9 +193,9 @@ TEST(PageFetcherFetchAll, KeepsOnly2xxHtmlPages) {
          url("https://early.example/"), url("https://xhtml.example/"), url("https://pdf.example/"),
          url("https://untyped.example/"), url("https://unknown.example/")});
 
-    EXPECT_EQ(urlsOf(pages), (std::vector<std::string>{"https://edge.example/",
-                                                       "https://ok.example/",
-                                                       "https://upper.example/"}));
+    EXPECT_EQ(urlsOf(pages),
+              (std::vector<std::string>{"https://edge.example/", "https://ok.example/",
+                                        "https://upper.example/"}));
     EXPECT_EQ(transport->requested().size(), 10u);
 }
 

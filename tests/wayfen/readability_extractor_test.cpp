@@ -49,9 +49,13 @@ TEST(ReadabilityExtractor, KeepsArticleParagraphsAndDropsPageChrome) {
         "please accept them.</p></div>"
         "<main><article class=\"story\"><h1>Pier to close</h1>"
         "<p class=\"byline\">By A. Reporter, harbour correspondent, 3 March 2026</p>"
-        "<p>" + lead + "</p>"
+        "<p>" +
+        lead +
+        "</p>"
         "<figure><figcaption>The pier</figcaption></figure>"
-        "<p>  " + detail + "\n  </p>"
+        "<p>  " +
+        detail +
+        "\n  </p>"
         "<aside class=\"related-links\"><p>Related: other piers that closed in the region "
         "over the last ten years</p></aside>"
         "</article></main>"
@@ -59,7 +63,8 @@ TEST(ReadabilityExtractor, KeepsArticleParagraphsAndDropsPageChrome) {
         "with my dog.</p></section>"
         "<div class=\"sidebar\"><p>Most read stories of the week in the harbour district and "
         "beyond</p></div>"
-        "<footer class=\"site-footer\"><p>Copyright 2026 The Harbour Gazette. All rights reserved worldwide.</p>"
+        "<footer class=\"site-footer\"><p>Copyright 2026 The Harbour Gazette. All rights reserved "
+        "worldwide.</p>"
         "</footer>");
     EXPECT_THAT(ReadabilityExtractor::extract(html), Optional(ElementsAre(lead, detail)));
 }
@@ -126,8 +131,8 @@ TEST(ReadabilityExtractor, LinkHeavyParagraphsAreDropped) {
                                std::string(12, ' ') + std::string(10, 'L') + "</a></p>";
     EXPECT_TRUE(extracted(page(spaced)).empty());
     // Several anchors add up.
-    const std::string twoLinks = "<p><a href=\"/a\">" + std::string(16, 'A') + "</a>" +
-                                 prose(28) + "<a href=\"/b\">" + std::string(16, 'B') + "</a></p>";
+    const std::string twoLinks = "<p><a href=\"/a\">" + std::string(16, 'A') + "</a>" + prose(28) +
+                                 "<a href=\"/b\">" + std::string(16, 'B') + "</a></p>";
     EXPECT_TRUE(extracted(page(twoLinks)).empty());
 }
 
@@ -142,10 +147,11 @@ TEST(ReadabilityExtractor, TagSoupKeepsItsTextAndHiddenContentAddsNothing) {
     EXPECT_THAT(extracted("<p>" + first), ElementsAre(first));
     // Scripts, styles, noscript and template inside a paragraph contribute nothing; text nodes
     // are joined with nothing between them, then blanks are collapsed.
-    const std::string busy = "<p>Start of the <b>paragraph</b><script>var a = '<p>no</p>';"
-                             "</script> text<style>p{color:red}</style><noscript>enable "
-                             "scripts</noscript><template>hidden template</template> goes on "
-                             "well past forty characters\n\n\t here.</p>";
+    const std::string busy =
+        "<p>Start of the <b>paragraph</b><script>var a = '<p>no</p>';"
+        "</script> text<style>p{color:red}</style><noscript>enable "
+        "scripts</noscript><template>hidden template</template> goes on "
+        "well past forty characters\n\n\t here.</p>";
     EXPECT_THAT(extracted(page(busy)),
                 ElementsAre("Start of the paragraph text goes on well past forty "
                             "characters here."));
@@ -162,11 +168,13 @@ TEST(ReadabilityExtractor, EntitiesAndNonAsciiTextDecodeToUtf8) {
     EXPECT_THAT(extracted(html), ElementsAre("Café crème &amp; the <b> tag — 가나 and "
                                              "non\u2011breaking"));
     // A stale meta charset must not re-decode text that is already UTF-8.
-    const std::string korean = "서울시는 올해 여름 폭염에 대비해 무더위 쉼터를 두 배로 늘리고 "
-                               "야간 개방 시간도 연장한다고 밝혔다";
+    const std::string korean =
+        "서울시는 올해 여름 폭염에 대비해 무더위 쉼터를 두 배로 늘리고 "
+        "야간 개방 시간도 연장한다고 밝혔다";
     const std::string declared =
         "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=Shift_JIS\">"
-        "<meta charset=\"euc-kr\"></head><body><p>" + korean + "</p></body></html>";
+        "<meta charset=\"euc-kr\"></head><body><p>" +
+        korean + "</p></body></html>";
     EXPECT_THAT(extracted(declared), ElementsAre(korean));
 }
 

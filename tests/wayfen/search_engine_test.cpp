@@ -80,13 +80,13 @@ TEST(SearchEngineTokens, SplitsAtNonAlphanumericsAndKeepsEveryTokenOfTwoOrMoreCh
 
 TEST(SearchEngineRanking, ScoresByTokensPresentAndKeepsTheFirstFiveStably) {
     const std::vector<Result> results = {
-        result("News", "pier pier pier pier"),          // "pier" present: 1
-        result("Weather", "sunny"),                     // 0
-        result("Pier repairs", "harbour authority"),    // 3
-        result("Harbour", "pier"),                      // 2
-        result("Piers", "of the harbour"),              // "pier" inside "piers": 2
-        result("Unrelated", "cats"),                    // 0
-        result("Jetty pi", "er and harbour")};          // the blank between title and snippet: 1
+        result("News", "pier pier pier pier"),        // "pier" present: 1
+        result("Weather", "sunny"),                   // 0
+        result("Pier repairs", "harbour authority"),  // 3
+        result("Harbour", "pier"),                    // 2
+        result("Piers", "of the harbour"),            // "pier" inside "piers": 2
+        result("Unrelated", "cats"),                  // 0
+        result("Jetty pi", "er and harbour")};        // the blank between title and snippet: 1
     EXPECT_THAT(titles(SearchEngine::rankedForSummary("harbour pier repairs", results)),
                 ElementsAre("Pier repairs", "Harbour", "Piers", "News", "Jetty pi"));
     // A token repeated in the query counts each time it stands there.
@@ -139,13 +139,13 @@ TEST(SearchEngineSummary, TakesAtMostTwoSentencesOfTheFirstSnippetWithinTheLengt
     const auto summary = [](std::vector<Result> results, int maxLength = 160) {
         return SearchEngine::extractiveSummary(results, maxLength);
     };
-    EXPECT_THAT(summary({result("t", "First. Second. Third.")}), Optional(std::string("First. Second.")));
+    EXPECT_THAT(summary({result("t", "First. Second. Third.")}),
+                Optional(std::string("First. Second.")));
     const std::string first(100, 'a');
     const std::string second(70, 'b');
     EXPECT_THAT(summary({result("t", first + ". " + second + ".")}), Optional(first + "."));
     const std::string longSentence(200, 'c');
-    EXPECT_THAT(summary({result("t", longSentence + ". Short.")}),
-                Optional(std::string(160, 'c')));
+    EXPECT_THAT(summary({result("t", longSentence + ". Short.")}), Optional(std::string(160, 'c')));
     EXPECT_THAT(summary({result("t", "no punctuation at all here")}),
                 Optional(std::string("no punctuation at all here")));
     // The first non-empty snippet is the only one used, even when it yields nothing.
@@ -197,7 +197,8 @@ public:
         ++answered_;
         changed_.notify_all();
         const auto found = pages.find(url.text());
-        if (found == pages.end()) return RawPageResponse{.statusCode = 404, .contentType = {}, .data = {}};
+        if (found == pages.end())
+            return RawPageResponse{.statusCode = 404, .contentType = {}, .data = {}};
         return RawPageResponse{.statusCode = found->second.status,
                                .contentType = found->second.contentType,
                                .data = found->second.body};
@@ -260,8 +261,8 @@ TEST(SearchEngineAugment, WritesSelectedPassagesInPageOrderWhateverTheCompletion
         "harbour pier repairs", results, fetcherOver(transport), 3, 700, nullptr);
     ASSERT_TRUE(augmented);
     ASSERT_EQ(augmented->size(), 5u);
-    EXPECT_EQ((*augmented)[0], result("A", a1 + "\n\n" + a4, "a.example/story",
-                                      "https://a.example/story"));
+    EXPECT_EQ((*augmented)[0],
+              result("A", a1 + "\n\n" + a4, "a.example/story", "https://a.example/story"));
     EXPECT_EQ((*augmented)[1], results[1]);  // no paragraphs: keeps its search snippet
     EXPECT_EQ((*augmented)[2], results[2]);  // lost the tie, so nothing selected
     EXPECT_EQ((*augmented)[3].snippet, a1 + "\n\n" + a4);  // beyond maxPages, same URL
@@ -273,12 +274,13 @@ TEST(SearchEngineAugment, WritesSelectedPassagesInPageOrderWhateverTheCompletion
 
 TEST(SearchEngineAugment, GivesNothingWhenNoResultCouldBeEnriched) {
     auto transport = std::make_shared<ScriptedPages>();
-    transport->pages["https://a.example/"] = {.status = 200, .contentType = "application/pdf",
-                                              .body = articlePage({paragraph("pier")})};
-    transport->pages["https://b.example/"] = {.status = 500, .contentType = "text/html",
-                                              .body = articlePage({paragraph("pier")})};
+    transport->pages["https://a.example/"] = {
+        .status = 200, .contentType = "application/pdf", .body = articlePage({paragraph("pier")})};
+    transport->pages["https://b.example/"] = {
+        .status = 500, .contentType = "text/html", .body = articlePage({paragraph("pier")})};
     transport->pages["https://c.example/"].body = "<html><body><p>too short</p></body></html>";
-    const std::vector<Result> results = {result("A", "a", "a.example"), result("B", "b", "b.example"),
+    const std::vector<Result> results = {result("A", "a", "a.example"),
+                                         result("B", "b", "b.example"),
                                          result("C", "c", "c.example")};
     EXPECT_EQ(SearchEngine::augmentedWithReadabilityChunks("pier", results, fetcherOver(transport),
                                                            3, 2000, nullptr),
@@ -289,8 +291,8 @@ TEST(SearchEngineAugment, GivesNothingWhenNoResultCouldBeEnriched) {
     const std::vector<Result> unparsable = {result("X", "x", "x", "not a url"),
                                             result("Y", "y", "y", "/relative/path"),
                                             result("Z", "z", "z", "http://")};
-    EXPECT_EQ(SearchEngine::augmentedWithReadabilityChunks("pier", unparsable,
-                                                           fetcherOver(untouched), 3, 2000, nullptr),
+    EXPECT_EQ(SearchEngine::augmentedWithReadabilityChunks(
+                  "pier", unparsable, fetcherOver(untouched), 3, 2000, nullptr),
               std::nullopt);
     EXPECT_THAT(untouched->requested(), IsEmpty());
     EXPECT_EQ(SearchEngine::augmentedWithReadabilityChunks("pier", {}, fetcherOver(untouched), 3,
@@ -303,7 +305,8 @@ public:
     std::vector<float> embed(const std::string& text, bool isQuery) const override {
         ++calls;
         if (isQuery) return {1, 0};
-        return text::contains(text, "favourite") ? std::vector<float>{1, 0} : std::vector<float>{0, 1};
+        return text::contains(text, "favourite") ? std::vector<float>{1, 0}
+                                                 : std::vector<float>{0, 1};
     }
     mutable std::atomic<int> calls{0};
 };

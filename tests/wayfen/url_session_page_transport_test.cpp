@@ -21,7 +21,9 @@ namespace base = nuvrel::base;
 using namespace std::chrono_literals;
 using nuvrel::test::LoopbackServer;
 
-base::Url url(const std::string& text) { return *base::Url::parse(text); }
+base::Url url(const std::string& text) {
+    return *base::Url::parse(text);
+}
 
 // Admits exactly one loopback server, standing in for "a public host"; everything else,
 // another loopback port included, counts as unsafe.
@@ -105,12 +107,11 @@ TEST(URLSessionPageTransport, RefusesARedirectToAnUnsafeHostWithoutRequestingIt)
         routes.Get("/final", [](const httplib::Request& req, httplib::Response& res) {
             res.set_content("<p>final " + req.get_header_value("Accept") + "</p>", "text/html");
         });
-        routes.Get("/nowhere", [](const httplib::Request&, httplib::Response& res) {
-            res.status = 302;
-        });
+        routes.Get("/nowhere",
+                   [](const httplib::Request&, httplib::Response& res) { res.status = 302; });
     });
-    auto transport = std::make_shared<URLSessionPageTransport>(
-        nullptr, 5.0, "test", 1'572'864, admitsOnly(site));
+    auto transport = std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 1'572'864,
+                                                               admitsOnly(site));
 
     EXPECT_EQ(transport->fetchPage(url(site.url("/away"))).statusCode, 302);
     EXPECT_EQ(transport->fetchPage(url(site.url("/nowhere"))).statusCode, 302);
@@ -146,8 +147,8 @@ TEST(URLSessionPageTransport, KeepsOneBytePastTheCapSoTheFetcherDropsTheWholePag
             res.set_content("\xC7\xD1\xB1\xB9\xBE\xEE", "text/html; charset='euc-kr'");
         });
     });
-    auto transport = std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 40,
-                                                               admitsOnly(site));
+    auto transport =
+        std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 40, admitsOnly(site));
     EXPECT_EQ(transport->fetchPage(url(site.url("/exact"))).data.size(), 40u);
     EXPECT_EQ(transport->fetchPage(url(site.url("/big"))).data.size(), 41u);
 
