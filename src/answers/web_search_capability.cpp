@@ -23,9 +23,8 @@ std::string fetchPage(const wayfen::WebSearchTransport& transport, const std::st
                       const core::LocalizedStrings& strings) {
     try {
         return transport.fetchResultsHTML(query);
-    } catch (const base::Cancelled&) {
-        throw;
     } catch (...) {
+        base::rethrowIfCancelled();
         throw core::UserFacingError(strings.webSearchNetworkFailureMessage,
                                     strings.webSearchNetworkFailureRecovery, true);
     }
@@ -167,9 +166,8 @@ std::optional<std::string> WebSearchCapability::summarize(
         reply = summarizer->complete(WebSearchPrompts::systemPrompt(language),
                                      summaryUserPrompt(query, withSnippets),
                                      WebSearchPrompts::summarySchema, prefix);
-    } catch (const base::Cancelled&) {
-        throw;
     } catch (...) {
+        base::rethrowIfCancelled();
         return std::nullopt;
     }
 

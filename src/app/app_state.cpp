@@ -1,5 +1,7 @@
 #include "app/app_state.h"
 
+#include "base/cancellation.h"
+
 #include <cassert>
 #include <limits>
 #include <utility>
@@ -257,28 +259,28 @@ void AppState::selectModel(const std::string& fileName) {
             bool failed = false;
             try {
                 handler(fileName);
-            } catch (const base::Cancelled&) {
-                throw;
             } catch (...) {
+                base::rethrowIfCancelled();
                 failed = true;  // the handler logs its own failure
             }
             queue->runSync([&] {
                 if (auto state = weak.lock())
-                    state->finishModelSwitch(switchGeneration, failed, previous);
+                    state->finishModelSwitch(switchGeneration, failed, previous, fileName);
             });
         }));
     notify();
 }
 
 void AppState::finishModelSwitch(std::uint64_t switchGeneration, bool failed,
-                                 const std::string& previous) {
-    // A later switch owns these fields now; it restores and clears them itself.
-    if (switchGeneration != modelSwitchGeneration_) return;
-    if (failed) {
-        selectedModelFileName_ = previous;
-        userDefaults_->set(settingsKey::modelFile, previous);
+                                 const std::string& previous, const std::string& fileName) {
+    // A failure always puts its previous name back, also when a later switch has started
+    // meanwhile; that later switch, when it succeeds, names its own model again.
+    const bool latest = switchGeneration == modelSwitchGeneration_;
+    if (failed || latest) {
+        selectedModelFileName_ = failed ? previous : fileName;
+        userDefaults_->set(settingsKey::modelFile, selectedModelFileName_);
     }
-    isSwitchingModel_ = false;
+    if (latest) isSwitchingModel_ = false;
     notify();
 }
 

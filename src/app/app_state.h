@@ -190,7 +190,7 @@ private:
     void retireRunTask();
     void reapFinishedTasks();
     void finishModelSwitch(std::uint64_t switchGeneration, bool failed,
-                           const std::string& previous);
+                           const std::string& previous, const std::string& fileName);
 
     // The run task's body and the steps it takes on the main thread (app_state_run.cpp).
     static void runTaskBody(const RunContext& run);

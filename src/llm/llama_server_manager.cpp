@@ -11,6 +11,7 @@
 
 #include "base/cancellation.h"
 #include "base/diagnostics.h"
+#include "base/files.h"
 #include "base/paths.h"
 #include "base/url.h"
 #include "llm/llm_error.h"
@@ -56,7 +57,8 @@ LlamaServerManager::Environment LlamaServerManager::liveEnvironment() {
         if (auto found = llm::findServerBinary()) return found->path;
         return std::nullopt;
     };
-    environment.logsDirectory = base::XdgPaths::fromEnvironment().logsDirectory();
+    environment.logsDirectory =
+        base::createdOnDemand(base::XdgPaths::fromEnvironment().logsDirectory());
     environment.registerChild = platform::CrashChildReaper::registerPID;
     environment.unregisterChild = platform::CrashChildReaper::unregisterPID;
     return environment;
@@ -269,6 +271,7 @@ void LlamaServerManager::spawnServer() {
     try {
         pollUntilHealthy(*child);
     } catch (...) {
+        // failedPoll rethrows what ended the poll; a cancellation goes on as it came.
         failedPoll(child, epoch);
     }
 }
@@ -397,7 +400,7 @@ void LlamaServerManager::stopAndWait() {
         try {
             start->wait(false);
         } catch (...) {
-            // Whatever the start ended with no longer matters.
+            // Whatever the start ended with, a cancellation included, no longer matters.
         }
     }
     std::lock_guard guard(lock_);

@@ -23,6 +23,7 @@ std::string printed(const std::exception_ptr& error) {
     } catch (const std::exception& e) {
         return e.what();
     } catch (...) {
+        // Only describes: a cancellation is a std::exception and was named above.
         return "unknown error";
     }
 }

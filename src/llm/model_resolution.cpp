@@ -1,6 +1,7 @@
 #include "llm/model_resolution.h"
 
 #include "base/diagnostics.h"
+#include "base/files.h"
 #include "base/paths.h"
 
 namespace nuvrel::llm {
@@ -24,7 +25,7 @@ void logFallingBackToInterim(const std::filesystem::path& defaultPath,
 }  // namespace
 
 std::filesystem::path modelsDirectory() {
-    return base::XdgPaths::fromEnvironment().modelsDirectory();
+    return base::createdOnDemand(base::XdgPaths::fromEnvironment().modelsDirectory());
 }
 
 std::filesystem::path defaultModelPath() {

@@ -24,7 +24,8 @@ inline constexpr std::string_view interimModelFileName = "qwen2.5-1.5b-instruct-
 inline constexpr std::array<std::string_view, 2> dedicatedSummaryModelFileNames = {
     "LFM2.5-2.6B-Q4_K_M.gguf", "Qwen3-1.7B-Q4_K_M.gguf"};
 
-// $XDG_DATA_HOME/nuvrel/models, read from the environment at each call. Every model file lives
+// $XDG_DATA_HOME/nuvrel/models, read from the environment at each call and created when missing,
+// so that a user who wants to drop a model file in finds the folder. Every model file lives
 // flat in this folder.
 std::filesystem::path modelsDirectory();
 std::filesystem::path defaultModelPath();

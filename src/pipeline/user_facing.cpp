@@ -19,6 +19,7 @@ core::UserFacingError userFacing(const std::exception_ptr& error,
         // Every error type of the program describes itself through what().
         description = other.what();
     } catch (...) {
+        // Not a std::exception, so no cancellation either (callers handle that first).
         description = "unknown error";
     }
     base::diag::event.line("capability error hidden behind genericErrorMessage: " + description);

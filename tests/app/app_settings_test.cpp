@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "app/app_state.h"
@@ -189,6 +190,30 @@ TEST_F(AppSettings, SwitchesRequestedBackToBackRunInOrderAndTheLastNameStays) {
     EXPECT_EQ(order, (std::vector<std::string>{"a.gguf", "b.gguf"}));
     EXPECT_FALSE(state->isSwitchingModel());
     EXPECT_EQ(state->selectedModelFileName(), "b.gguf");
+}
+
+TEST_F(AppSettings, AFailedSwitchRestoresItsPreviousNameEvenUnderALaterOne) {
+    auto state = load();
+    test::Gate firstGate;
+    state->modelSwitchHandler = [&](const std::string& fileName) {
+        if (fileName != "a.gguf") return;
+        firstGate.wait();
+        throw std::runtime_error("server did not start");
+    };
+    state->selectModel("a.gguf");
+    state->selectModel("b.gguf");
+    firstGate.open();
+    std::vector<std::string> shown;
+    queue.runUntil([&] {
+        if (shown.empty() || shown.back() != state->selectedModelFileName())
+            shown.push_back(state->selectedModelFileName());
+        return state->tasksInFlight() == 0;
+    });
+    EXPECT_NE(std::find(shown.begin(), shown.end(), "resolved.gguf"), shown.end())
+        << "the failed switch did not put its previous name back";
+    EXPECT_EQ(state->selectedModelFileName(), "b.gguf");
+    EXPECT_EQ(store->string(key::modelFile), "b.gguf");
+    EXPECT_FALSE(state->isSwitchingModel());
 }
 
 }  // namespace

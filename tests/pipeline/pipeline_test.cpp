@@ -181,12 +181,17 @@ TEST(PipelineGate, AMessagePlanAsksForConfirmationAndNeverRuns) {
     EXPECT_EQ(draft->body, "running late");
     EXPECT_TRUE(web->executed.empty());
 
-    // Below 0.5 the gate keeps it from dispatch, and the validator's own bound sends it to
-    // the web instead of drafting.
+    // Below 0.5 a complete draft still ends at its confirmation; an incomplete one goes to the
+    // web, as any unsure intent does.
     auto unsure =
         pipelineWith({reply(routerReply(IntentID::messageSend, 0.4, slots))}, {messages, web});
+    EXPECT_EQ(unsure.pipeline.run("text Jamie running late").kind(),
+              PipelineOutcome::Kind::confirm);
+    auto unsureIncomplete = pipelineWith(
+        {reply(routerReply(IntentID::messageSend, 0.4, {{"recipient", "Jamie"}}))},
+        {messages, web});
     const std::optional<core::WebAnswer> answer =
-        webAnswerOf(unsure.pipeline.run("text Jamie running late"));
+        webAnswerOf(unsureIncomplete.pipeline.run("text Jamie"));
     ASSERT_TRUE(answer);
     EXPECT_TRUE(answer->fallbackNotice);
 }
