@@ -4,12 +4,14 @@
 #include <string_view>
 
 #include "answers/web_search_capability.h"
+#include "app/information_wiring.h"
 #include "app/settings_keys.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/posix/document_files.h"
 
 namespace nuvrel::app {
 
@@ -42,22 +44,26 @@ void LLMRuntime::stopServers() const {
 
 namespace {
 
-WebRetrieval makeWebRetrieval(const LaunchSettings& settings) {
-    return WebRetrieval::make(WebRetrievalSettings{
-        .session = settings.session ? settings.session : std::make_shared<base::HttpSession>(),
-        .log = settings.networkLog ? settings.networkLog : std::make_shared<NetworkActivityLog>(),
-        .userDefaults = settings.userDefaults,
-        .keychain = settings.keychain,
-        .debugBadHost = settings.debugWebBadHost,
-        .endpoints = settings.webEndpoints});
+WebRetrieval makeWebRetrieval(const LaunchSettings& settings,
+                              std::shared_ptr<base::HttpSession> session,
+                              std::shared_ptr<NetworkActivityLog> log) {
+    return WebRetrieval::make(WebRetrievalSettings{.session = std::move(session),
+                                                   .log = std::move(log),
+                                                   .userDefaults = settings.userDefaults,
+                                                   .keychain = settings.keychain,
+                                                   .debugBadHost = settings.debugWebBadHost,
+                                                   .endpoints = settings.webEndpoints});
 }
 
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
+    auto session = settings.session ? settings.session : std::make_shared<base::HttpSession>();
+    auto log = settings.networkLog ? settings.networkLog : std::make_shared<NetworkActivityLog>();
     return [runtime = settings.runtime, defaults = settings.userDefaults,
-            forbidden = settings.networkForbidden,
-            web = makeWebRetrieval(settings)](core::AppLanguage language) {
+            forbidden = settings.networkForbidden, location = settings.locationProvider,
+            information = makeInformationServices(*settings.userDefaults, session, log),
+            web = makeWebRetrieval(settings, session, log)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -71,6 +77,12 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
         pipeline->registry = core::CapabilityRegistry({webSearch});
+        pipeline->informationServices = information;
+        pipeline->weatherLocationProvider = location;
+        pipeline->findDocument = [](std::string_view name) {
+            return platform::liveFindFile(name, platform::DocumentSearch::userFolders());
+        };
+        pipeline->extractDocumentText = platform::liveExtractText;
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden &&

@@ -12,6 +12,7 @@
 #include "app/settings_storing.h"
 #include "app/web_retrieval.h"
 #include "base/http.h"
+#include "core/current_location_providing.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
 
@@ -49,6 +50,8 @@ struct LaunchSettings {
     // NUVREL_DEBUG_WEB_BAD_HOST is set.
     bool debugWebBadHost = false;
     WebServiceEndpoints webEndpoints = WebServiceEndpoints::publicServices();
+    // The position for weather here; none answers that it cannot be had.
+    std::shared_ptr<core::CurrentLocationProviding> locationProvider{};
 };
 
 // A pipeline per run, so that a changed setting needs no restart. The web chain and the page
