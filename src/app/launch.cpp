@@ -5,6 +5,7 @@
 
 #include "answers/web_search_capability.h"
 #include "app/information_wiring.h"
+#include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
@@ -33,13 +34,23 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
     };
     runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
         manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing");
-    runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary");
+    if (userDefaults.string(settingsKey::memorySavingModeEnabled).value_or("0") == "1")
+        runtime.summaryIdleStopInterval = memorySavingIdleStopSeconds;
+    SummaryBackendChoice summary = resolveSummaryBackend(
+        manager, *base::Url::parse("http://127.0.0.1:" + std::to_string(routerPort)),
+        llm::modelsDirectory(), runtime.summaryIdleStopInterval, session);
+    runtime.summaryBackend = std::move(summary.backend);
+    runtime.summaryManager = std::move(summary.manager);
+    EmbeddingBackendChoice embedding = makeEmbeddingBackend(llm::modelsDirectory(), session);
+    runtime.embeddingBackend = std::move(embedding.backend);
+    runtime.embeddingManager = std::move(embedding.manager);
     return runtime;
 }
 
 void LLMRuntime::stopServers() const {
     if (manager) manager->stop();
+    if (summaryManager) summaryManager->stop();
+    if (embeddingManager) embeddingManager->stop();
 }
 
 namespace {
@@ -76,6 +87,9 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->transport = web.transport;
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
+        if (runtime->embeddingBackend)
+            webSearch->embeddingBackend =
+                std::make_shared<EmbeddingBackendAdapter>(runtime->embeddingBackend);
         pipeline->registry = core::CapabilityRegistry({webSearch});
         pipeline->informationServices = information;
         pipeline->weatherLocationProvider = location;

@@ -3,6 +3,7 @@
 // backends and the function that makes a pipeline for each run from the current settings.
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,25 +14,34 @@
 #include "app/web_retrieval.h"
 #include "base/http.h"
 #include "core/current_location_providing.h"
+#include "llm/embedding_backend.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
 
 namespace nuvrel::app {
 
-// The local model servers of this process: the router's server on 127.0.0.1:8765, started on
-// the first call that needs it and stopped when this value goes (or by stopServers()). The
-// summary role shares the router's server.
+// The local model servers of this process: the router's server on 127.0.0.1:8765, a summary
+// server on 8766 when a summary model of its own is installed (else the router's serves),
+// an embedding server on 8767 when that model is installed. Each starts on the first call
+// that needs it and stops when this value goes (or by stopServers()).
 struct LLMRuntime {
     std::shared_ptr<llm::LlamaServerManager> manager;
     bool isInterimModel = false;
     std::shared_ptr<llm::LLMBackend> routingBackend;
     std::shared_ptr<llm::LLMBackend> summaryBackend;
+    std::shared_ptr<llm::LlamaServerManager> summaryManager;
+    std::shared_ptr<llm::EmbeddingBackend> embeddingBackend;
+    std::shared_ptr<llm::LlamaServerManager> embeddingManager;
+    // In memory-saving mode, the dedicated summary server stops after this idle time.
+    std::optional<double> summaryIdleStopInterval;
+    static constexpr double memorySavingIdleStopSeconds = 120;
 
     // The model is the saved "modelFile" when it is installed, else the resolution's fallback.
     // `routerPort` moves the router's server off its fixed port, for tests only.
     static LLMRuntime make(const SettingsStoring& userDefaults,
                            std::shared_ptr<base::HttpSession> session,
                            int routerPort = llm::routerServerPort);
+    // The router, then the summary server, then the embedding server.
     void stopServers() const;
 };
 
