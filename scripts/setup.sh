@@ -53,6 +53,7 @@ model_server() {
   if [ "${1:-}" = --test ]; then
     "$root/scripts/install-llama-server.sh" >/dev/null
     "$root/tools/make-test-model.sh" >/dev/null
+    "$root/tools/make-test-model.sh" --pooling mean >/dev/null
   elif ! "$root/scripts/install-llama-server.sh" >/dev/null; then
     echo "setup: warning: llama-server could not be built; sentences that need the local model will fail" >&2
   fi
