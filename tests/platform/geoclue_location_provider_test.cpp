@@ -32,17 +32,15 @@ public:
     int pid = 0;
 };
 
-constexpr const char* introspection = R"(<node>
-  <interface name="org.freedesktop.GeoClue2.Manager"><method name="GetClient"><arg type="o" direction="out"/></method></interface>
-  <interface name="org.freedesktop.GeoClue2.Client">
-    <method name="Start"/><method name="Stop"/>
-    <property name="Location" type="o" access="read"/>
-    <property name="DesktopId" type="s" access="readwrite"/>
-    <property name="RequestedAccuracyLevel" type="u" access="readwrite"/>
-  </interface>
-  <interface name="org.freedesktop.GeoClue2.Location">
-    <property name="Latitude" type="d" access="read"/><property name="Longitude" type="d" access="read"/>
-  </interface></node>)";
+constexpr const char* introspection =
+    "<node><interface name='org.freedesktop.GeoClue2.Manager'><method name='GetClient'>"
+    "<arg type='o' direction='out'/></method></interface>"
+    "<interface name='org.freedesktop.GeoClue2.Client'><method name='Start'/><method name='Stop'/>"
+    "<property name='Location' type='o' access='read'/>"
+    "<property name='DesktopId' type='s' access='readwrite'/>"
+    "<property name='RequestedAccuracyLevel' type='u' access='readwrite'/></interface>"
+    "<interface name='org.freedesktop.GeoClue2.Location'><property name='Latitude' type='d' "
+    "access='read'/><property name='Longitude' type='d' access='read'/></interface></node>";
 
 // Speaks GeoClue's protocol: a client that starts (or is refused) and then has a location.
 class GeoClueStandIn {
