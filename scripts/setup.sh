@@ -15,7 +15,7 @@ preset=${NUVREL_PRESET:-default}
 packages=(
   g++ cmake ninja-build pkg-config
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
-  libpoppler-cpp-dev libcpp-httplib-dev
+  libpoppler-cpp-dev libcpp-httplib-dev libglib2.0-dev dbus-daemon
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 
@@ -54,6 +54,7 @@ model_server() {
   if [ "${1:-}" = --test ]; then
     "$root/scripts/install-llama-server.sh" >/dev/null
     "$root/tools/make-test-model.sh" >/dev/null
+    "$root/tools/make-test-model.sh" --pooling mean >/dev/null
   elif ! "$root/scripts/install-llama-server.sh" >/dev/null; then
     echo "setup: warning: llama-server could not be built; sentences that need the local model will fail" >&2
   fi

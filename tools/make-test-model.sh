@@ -3,7 +3,7 @@
 # its path. Runs under Debian's Python, which sees python3-numpy (the python3
 # first on PATH may be another interpreter); installs python3-numpy if missing.
 #
-#   tools/make-test-model.sh [OUTPUT] [--source DIR] [--seed N] [--force]
+#   tools/make-test-model.sh [OUTPUT] [--source DIR] [--seed N] [--force] [--pooling mean]
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)

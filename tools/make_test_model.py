@@ -9,9 +9,11 @@ grammar sampler keeps them schema-valid, which is what the tests need; an
 output bias towards JSON punctuation makes such replies close in a few dozen
 tokens, greedy or sampled, instead of running into max_tokens.
 
-    make_test_model.py [OUTPUT] [--source DIR] [--seed N] [--force]
+    make_test_model.py [OUTPUT] [--source DIR] [--seed N] [--force] [--pooling mean]
 
-OUTPUT defaults to $XDG_CACHE_HOME/nuvrel/test-models/tiny-qwen2.gguf. An
+OUTPUT defaults to $XDG_CACHE_HOME/nuvrel/test-models/tiny-qwen2.gguf, and with
+--pooling to tiny-qwen2-embedding.gguf there: a model that declares mean
+pooling, so that a server in embedding mode gives one vector per input. An
 existing file written by this tool with the same revision is kept as it is.
 Runs under Debian's /usr/bin/python3 with python3-numpy.
 """
@@ -214,7 +216,7 @@ def output_bias(tokens: list[bytes], types: list[int]):
     return bias
 
 
-def write_model(gguf, vocab_path: Path, output: Path, seed: int) -> None:
+def write_model(gguf, vocab_path: Path, output: Path, seed: int, pooling: str | None) -> None:
     import numpy as np
 
     tokenizer = tokenizer_metadata(vocab_path)
@@ -241,6 +243,8 @@ def write_model(gguf, vocab_path: Path, output: Path, seed: int) -> None:
     for key, value, kind, sub in tokenizer:
         writer.add_key_value(key, value, gguf.GGUFValueType(kind), None if sub is None else gguf.GGUFValueType(sub))
     writer.add_chat_template(CHATML_TEMPLATE)
+    if pooling == "mean":
+        writer.add_pooling_type(gguf.PoolingType.MEAN)
 
     rng = np.random.default_rng(seed)
 
@@ -283,9 +287,13 @@ def main() -> int:
     parser.add_argument("--source", type=Path, default=None, help="the llama.cpp source tree (gguf-py and models/)")
     parser.add_argument("--seed", type=int, default=0, help="seed of the random weights")
     parser.add_argument("--force", action="store_true", help="write even when an up-to-date file is there")
+    parser.add_argument("--pooling", choices=["mean"], default=None, help="declare a pooling type, for embedding mode")
     args = parser.parse_args()
 
-    output: Path = (args.output or default_output()).absolute()
+    default = default_output()
+    if args.pooling:
+        default = default.with_name("tiny-qwen2-embedding.gguf")
+    output: Path = (args.output or default).absolute()
     source: Path = args.source or default_source()
     if not args.force and output.is_file() and existing_revision(output) == REVISION:
         print(output)
@@ -301,7 +309,7 @@ def main() -> int:
     fd, part = tempfile.mkstemp(prefix=output.name + ".", suffix=".part", dir=output.parent)
     os.close(fd)
     try:
-        write_model(gguf, vocab_path, Path(part), args.seed)
+        write_model(gguf, vocab_path, Path(part), args.seed, args.pooling)
         os.chmod(part, 0o644)
         os.replace(part, output)
     except BaseException:

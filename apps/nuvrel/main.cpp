@@ -19,6 +19,7 @@
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "platform/linux/geoclue_location_provider.h"
 
 extern char** environ;
 
@@ -138,6 +139,7 @@ int main(int argc, char** argv) {
     launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
     launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
     launch.diagnostics = diagnostics;
+    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
     state->makePipeline = app::makePipelineFactory(launch);
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);

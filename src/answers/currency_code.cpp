@@ -55,6 +55,14 @@ std::optional<CurrencyCode> lookUp(const std::pair<std::string_view, CurrencyCod
 
 }  // namespace
 
+CurrencyTable symbolTable() {
+    return symbols;
+}
+
+CurrencyTable wordTable() {
+    return words;
+}
+
 std::optional<CurrencyCode> symbolToCurrency(std::string_view symbol) {
     return lookUp(symbols, symbol);
 }

@@ -3,7 +3,9 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 
 namespace nuvrel::answers {
 
@@ -24,6 +26,11 @@ struct CurrencyConversionRequest {
 };
 
 namespace CurrencyFastPath {
+
+using CurrencyTable = std::span<const std::pair<std::string_view, CurrencyCode>>;
+// The tables in their order: the symbols, and the words in lower case.
+CurrencyTable symbolTable();
+CurrencyTable wordTable();
 
 // "$" → usd; one character of text.
 std::optional<CurrencyCode> symbolToCurrency(std::string_view symbol);

@@ -1,5 +1,6 @@
 #include "app/card_text.h"
 
+#include <cmath>
 #include <type_traits>
 
 #include "base/text.h"
@@ -9,6 +10,12 @@ namespace nuvrel::app {
 using Result = core::CapabilityResult;
 
 namespace {
+
+// Whole degrees Celsius, rounded half away from zero; never "-0°".
+std::string degrees(double celsius) {
+    const long rounded = std::lround(celsius);
+    return std::to_string(rounded == 0 ? 0L : rounded) + "°";
+}
 
 std::string filled(const std::string& templ, std::string_view value) {
     return base::text::replaceAll(templ, "%@", value);
@@ -90,9 +97,13 @@ std::string resultText(const Result& result, const core::LocalizedStrings& strin
                 appendLine(out, strings.timerHeaderTitle + ": " + std::to_string(value.count));
             } else if constexpr (std::is_same_v<T, Result::Weather>) {
                 const auto& w = value.answer;
-                appendLine(out, w.locationName + "  " +
-                                    std::to_string(static_cast<int>(w.temperatureC)) + "°  " +
-                                    w.condition);
+                appendLine(out,
+                           w.locationName + "  " + degrees(w.temperatureC) + "  " + w.condition);
+                appendLine(out, strings.weatherHighLabel + " " + degrees(w.highC) + " · " +
+                                    strings.weatherLowLabel + " " + degrees(w.lowC));
+                appendLine(out, w.source == core::WeatherSource::openMeteo
+                                    ? strings.weatherSourceOpenMeteoLabel
+                                    : strings.weatherSourceAppleLabel);
             } else if constexpr (std::is_same_v<T, Result::AppLaunched>) {
                 appendLine(out, filled(strings.appLaunchedTemplate, value.name));
             } else if constexpr (std::is_same_v<T, Result::DocumentSummary>) {

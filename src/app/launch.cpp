@@ -4,6 +4,8 @@
 #include <string_view>
 
 #include "answers/web_search_capability.h"
+#include "app/information_wiring.h"
+#include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
@@ -11,6 +13,7 @@
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
 #include "platform/live_llm.h"
+#include "platform/posix/document_files.h"
 
 namespace nuvrel::app {
 
@@ -35,35 +38,50 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
     };
     runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
         manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing", diagnostics);
-    runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary",
-        diagnostics);
+    if (userDefaults.string(settingsKey::memorySavingModeEnabled).value_or("0") == "1")
+        runtime.summaryIdleStopInterval = memorySavingIdleStopSeconds;
+    SummaryBackendChoice summary = resolveSummaryBackend(
+        manager, *base::Url::parse("http://127.0.0.1:" + std::to_string(routerPort)),
+        llm::modelsDirectory(), runtime.summaryIdleStopInterval, session, diagnostics);
+    runtime.summaryBackend = std::move(summary.backend);
+    runtime.summaryManager = std::move(summary.manager);
+    EmbeddingBackendChoice embedding =
+        makeEmbeddingBackend(llm::modelsDirectory(), session, diagnostics);
+    runtime.embeddingBackend = std::move(embedding.backend);
+    runtime.embeddingManager = std::move(embedding.manager);
     return runtime;
 }
 
 void LLMRuntime::stopServers() const {
     if (manager) manager->stop();
+    if (summaryManager) summaryManager->stop();
+    if (embeddingManager) embeddingManager->stop();
 }
 
 namespace {
 
-WebRetrieval makeWebRetrieval(const LaunchSettings& settings) {
-    return WebRetrieval::make(WebRetrievalSettings{
-        .session = settings.session ? settings.session : std::make_shared<base::HttpSession>(),
-        .log = settings.networkLog ? settings.networkLog : std::make_shared<NetworkActivityLog>(),
-        .userDefaults = settings.userDefaults,
-        .keychain = settings.keychain,
-        .debugBadHost = settings.debugWebBadHost,
-        .endpoints = settings.webEndpoints});
+WebRetrieval makeWebRetrieval(const LaunchSettings& settings,
+                              std::shared_ptr<base::HttpSession> session,
+                              std::shared_ptr<NetworkActivityLog> log) {
+    return WebRetrieval::make(WebRetrievalSettings{.session = std::move(session),
+                                                   .log = std::move(log),
+                                                   .userDefaults = settings.userDefaults,
+                                                   .keychain = settings.keychain,
+                                                   .debugBadHost = settings.debugWebBadHost,
+                                                   .endpoints = settings.webEndpoints});
 }
 
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
+    auto session = settings.session ? settings.session : std::make_shared<base::HttpSession>();
+    auto log = settings.networkLog ? settings.networkLog : std::make_shared<NetworkActivityLog>();
     return [runtime = settings.runtime, defaults = settings.userDefaults,
             forbidden = settings.networkForbidden, diagnostics = settings.diagnostics,
-            debugSlots = settings.debugSlotsLogging,
-            web = makeWebRetrieval(settings)](core::AppLanguage language) {
+            debugSlots = settings.debugSlotsLogging, location = settings.locationProvider,
+            information =
+                makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
+            web = makeWebRetrieval(settings, session, log)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -79,7 +97,16 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
         webSearch->diagnostics = diagnostics;
+        if (runtime->embeddingBackend)
+            webSearch->embeddingBackend =
+                std::make_shared<EmbeddingBackendAdapter>(runtime->embeddingBackend);
         pipeline->registry = core::CapabilityRegistry({webSearch});
+        pipeline->informationServices = information;
+        pipeline->weatherLocationProvider = location;
+        pipeline->findDocument = [](std::string_view name) {
+            return platform::liveFindFile(name, platform::DocumentSearch::userFolders());
+        };
+        pipeline->extractDocumentText = platform::liveExtractText;
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden &&

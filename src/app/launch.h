@@ -3,6 +3,7 @@
 // backends and the function that makes a pipeline for each run from the current settings.
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,19 +14,28 @@
 #include "app/web_retrieval.h"
 #include "base/diagnostics.h"
 #include "base/http.h"
+#include "core/current_location_providing.h"
+#include "llm/embedding_backend.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
 
 namespace nuvrel::app {
 
-// The local model servers of this process: the router's server on 127.0.0.1:8765, started on
-// the first call that needs it and stopped when this value goes (or by stopServers()). The
-// summary role shares the router's server.
+// The local model servers of this process: the router's server on 127.0.0.1:8765, a summary
+// server on 8766 when a summary model of its own is installed (else the router's serves),
+// an embedding server on 8767 when that model is installed. Each starts on the first call
+// that needs it and stops when this value goes (or by stopServers()).
 struct LLMRuntime {
     std::shared_ptr<llm::LlamaServerManager> manager;
     bool isInterimModel = false;
     std::shared_ptr<llm::LLMBackend> routingBackend;
     std::shared_ptr<llm::LLMBackend> summaryBackend;
+    std::shared_ptr<llm::LlamaServerManager> summaryManager;
+    std::shared_ptr<llm::EmbeddingBackend> embeddingBackend;
+    std::shared_ptr<llm::LlamaServerManager> embeddingManager;
+    // In memory-saving mode, the dedicated summary server stops after this idle time.
+    std::optional<double> summaryIdleStopInterval;
+    static constexpr double memorySavingIdleStopSeconds = 120;
 
     // The model is the saved "modelFile" when it is installed, else the resolution's fallback.
     // `routerPort` moves the router's server off its fixed port, for tests only.
@@ -33,6 +43,7 @@ struct LLMRuntime {
                            std::shared_ptr<base::HttpSession> session,
                            const base::Diagnostics& diagnostics,
                            int routerPort = llm::routerServerPort);
+    // The router, then the summary server, then the embedding server.
     void stopServers() const;
 };
 
@@ -54,6 +65,8 @@ struct LaunchSettings {
     bool debugSlotsLogging = false;
     base::Diagnostics diagnostics{};
     WebServiceEndpoints webEndpoints = WebServiceEndpoints::publicServices();
+    // The position for weather here; none answers that it cannot be had.
+    std::shared_ptr<core::CurrentLocationProviding> locationProvider{};
 };
 
 // A pipeline per run, so that a changed setting needs no restart. The web chain and the page

@@ -7,6 +7,7 @@
 #include "app/network_activity_json.h"
 #include "base/files.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 namespace nuvrel::app {
 
@@ -31,6 +32,11 @@ bool isLoopbackHost(std::string_view host) {
     const std::string lowered = base::text::lower(host);
     return lowered == "localhost" || lowered == "127.0.0.1" || lowered == "::1" ||
            lowered.ends_with(".localhost");
+}
+
+std::string NetworkActivityLog::readablePath(const base::Url& url) {
+    std::string path = base::percentDecode(url.path());
+    return base::text::isValidUtf8(path) ? path : url.path();
 }
 
 NetworkActivityLog::NetworkActivityLog(Clock now, std::optional<std::filesystem::path> fileURL)

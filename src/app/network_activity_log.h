@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/url.h"
+
 namespace nuvrel::app {
 
 class NetworkActivityLog {
@@ -35,6 +37,10 @@ public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
 
     static constexpr std::size_t capacity = 500;
+
+    // The URL's path as the log keeps it: decoded, for people to read ("/wiki/서울"); bytes that
+    // decode to no text stay escaped.
+    static std::string readablePath(const base::Url& url);
 
     // No file: memory only.
     explicit NetworkActivityLog(Clock now = std::chrono::system_clock::now,

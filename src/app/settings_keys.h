@@ -13,6 +13,10 @@ inline constexpr std::string_view modelFile = "modelFile";              // text
 inline constexpr std::string_view hotkeyKeyCode = "hotkeyKeyCode";      // integer
 inline constexpr std::string_view hotkeyModifiers = "hotkeyModifiers";  // integer
 inline constexpr std::string_view searxngEndpoint = "searxngEndpoint";  // text
+// Base URLs of the weather and rate services ("https://api.open-meteo.com"), text.
+inline constexpr std::string_view openMeteoGeocodingEndpoint = "openMeteoGeocodingEndpoint";
+inline constexpr std::string_view openMeteoForecastEndpoint = "openMeteoForecastEndpoint";
+inline constexpr std::string_view frankfurterEndpoint = "frankfurterEndpoint";
 inline constexpr std::string_view networkFeaturesEnabled = "networkFeaturesEnabled";    // text
 inline constexpr std::string_view memorySavingModeEnabled = "memorySavingModeEnabled";  // text
 inline constexpr std::string_view modelUpdateCheckEnabled = "modelUpdateCheckEnabled";  // text

@@ -4,15 +4,15 @@ namespace nuvrel::core {
 
 const LocalizedStrings& LocalizedStrings::ja() {
     static const LocalizedStrings value{
-        .placeholder = "Farlumeに聞く",
+        .placeholder = "Nuvrelに聞く",
         .thinkingLabel = "Kestruneがリクエストを理解しています…",
-        .settingsTitle = "Farlumeの設定",
+        .settingsTitle = "Nuvrelの設定",
         .appearanceLabel = "外観",
         .appearanceHint = "ライトまたはダークのインターフェイス",
         .languageLabel = "言語",
         .languageHint = "インターフェイスの言語",
         .hotkeyLabel = "キーボードショートカット",
-        .hotkeyHint = "どこからでもFarlumeを呼び出せます",
+        .hotkeyHint = "どこからでもNuvrelを呼び出せます",
         .networkFeaturesLabel = "ネットワーク機能",
         .networkFeaturesHint =
             "デバイス上のLLM推論がMacの外に出ることはありません。ネットワークを使うのはWeb検索、天"
@@ -30,7 +30,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .modelUpdateAvailableTemplate = "新しいAIモデルを利用できます：%@",
         .modelUpdateUpToDateMessage = "AIモデルは最新です。",
         .modelUpdateNeedsAppUpdateMessage =
-            "新しいAIモデルを利用できますが、新しいバージョンのFarlumeが必要です。先にアプリをアッ"
+            "新しいAIモデルを利用できますが、新しいバージョンのNuvrelが必要です。先にアプリをアッ"
             "プデートしてください。",
         .modelUpdateCheckNowLabel = "今すぐ確認",
         .toggleOnLabel = "オン",
@@ -74,7 +74,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .webAnswerExtractiveSourceLabel = "最上位の検索結果からの抜粋",
         .webAnswerOpenInBrowser = "ブラウザで開く",
         .webAnswerFallbackNotice =
-            "Farlumeは操作として認識できなかったため、代わりにWebを検索しました。",
+            "Nuvrelは操作として認識できなかったため、代わりにWebを検索しました。",
         .webSearchNetworkFailureMessage = "インターネット接続を確認してください",
         .webSearchNetworkFailureRecovery = "しばらくしてからもう一度検索してください。",
         .webSearchBlockedMessage = "検索サービスが一時的にリクエストを制限しています",
@@ -129,17 +129,17 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .calendarNextMonthLabel = "来月",
         .calendarPermissionTitle = "カレンダーへのアクセスが必要です",
         .calendarPermissionMessage =
-            "ここに予定を表示するには、Farlumeにカレンダーの読み取りを許可する必要があります。",
+            "ここに予定を表示するには、Nuvrelにカレンダーの読み取りを許可する必要があります。",
         .calendarAllDayLabel = "終日",
         .permissionGenericTitleTemplate = "%@へのアクセスが必要です",
-        .permissionGenericMessageTemplate = "この操作を完了するには、Farlumeに%@の許可が必要です。",
+        .permissionGenericMessageTemplate = "この操作を完了するには、Nuvrelに%@の許可が必要です。",
         .openSystemSettingsButtonLabel = "システム設定を開く",
         .contactsPermissionTitle = "連絡先へのアクセスが必要です",
         .contactsPermissionMessage =
-            "メッセージの送信先を探すには、Farlumeに連絡先の読み取りを許可する必要があります。",
+            "メッセージの送信先を探すには、Nuvrelに連絡先の読み取りを許可する必要があります。",
         .automationPermissionTitle = "オートメーションの許可が必要です",
         .automationPermissionMessage =
-            "この操作を完了するには、Farlumeに「メッセージ」/"
+            "この操作を完了するには、Nuvrelに「メッセージ」/"
             "「ミュージック」の操作を許可する必要があります。",
         .musicHeaderTitle = "ミュージック",
         .musicNowPlayingLabel = "再生中",
@@ -164,7 +164,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .messageDeliveredTemplate = "✓ %@に送信しました",
         .messageOpenedInMailTemplate = "%@宛てのメールをメールAppで開きました",
         .messageSendFailedMessage = "メッセージを送信できませんでした",
-        .quitMenuItemLabel = "Farlumeを終了",
+        .quitMenuItemLabel = "Nuvrelを終了",
         .errorRetryButtonLabel = "再試行",
         .timerHeaderTitle = "タイマー",
         .timerStartedBodyTemplate = "⏱ %1$@のタイマーを開始しました（%2$@に通知）",
@@ -172,10 +172,10 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .timerNotificationBodyTemplate = "%@のタイマーが終了しました",
         .notificationsPermissionTitle = "通知の許可が必要です",
         .notificationsPermissionMessage =
-            "タイマーの終了をお知らせするには、Farlumeに通知の送信を許可する必要があります。",
+            "タイマーの終了をお知らせするには、Nuvrelに通知の送信を許可する必要があります。",
         .remindersPermissionTitle = "リマインダーへのアクセスが必要です",
         .remindersPermissionMessage =
-            "リマインダーを追加するには、Farlumeにリマインダーへのアクセスを許可する必要があります"
+            "リマインダーを追加するには、Nuvrelにリマインダーへのアクセスを許可する必要があります"
             "。",
         .reminderHeaderTitle = "リマインダー",
         .reminderSetWithTimeTemplate = "%@にリマインダーを設定しました",
@@ -229,20 +229,20 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .windowOnlyOneDisplayMessage = "接続されているディスプレイは1台だけです",
         .accessibilityPermissionTitle = "アクセシビリティの許可が必要です",
         .accessibilityPermissionMessage =
-            "ウインドウを移動したりサイズを変更したりするには、Farlumeにアクセシビリティの許可が必"
+            "ウインドウを移動したりサイズを変更したりするには、Nuvrelにアクセシビリティの許可が必"
             "要です。",
         .locationPermissionTitle = "位置情報へのアクセスが必要です",
         .locationPermissionMessage =
-            "現在地の天気を表示するには、Farlumeに位置情報へのアクセスを許可する必要があります。都"
+            "現在地の天気を表示するには、Nuvrelに位置情報へのアクセスを許可する必要があります。都"
             "市名を伝えていただくだけでもかまいません（例：「東京の天気」）。",
         .hotkeyRecordingPrompt = "新しいショートカットを押してください…",
         .hotkeyModifierRequiredMessage = "修飾キー（⌘⌥⌃⇧）を1つ以上含めてください",
         .hotkeyRegistrationFailedMessage =
             "そのショートカットを設定できませんでした。すでに使用されている可能性があります",
-        .onboardingWindowTitle = "Farlumeのセットアップ",
-        .onboardingTitle = "Farlumeへようこそ",
+        .onboardingWindowTitle = "Nuvrelのセットアップ",
+        .onboardingTitle = "Nuvrelへようこそ",
         .onboardingSubtitle =
-            "Farlumeに任せたいことに合わせて、アクセスを許可してください。この設定はシステム設定で"
+            "Nuvrelに任せたいことに合わせて、アクセスを許可してください。この設定はシステム設定で"
             "いつでも変更できます。",
         .onboardingFilesTitle = "ファイル",
         .onboardingFilesDescription = "Mac上の書類を名前で探します。",
@@ -263,7 +263,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .onboardingAllowButtonLabel = "許可",
         .onboardingAllowedLabel = "許可済み",
         .onboardingFooterPrivacyNote =
-            "FarlumeはリクエストをこのMac上で理解します。Web検索、天気、通貨換算を除き、入力した内"
+            "NuvrelはリクエストをこのMac上で理解します。Web検索、天気、通貨換算を除き、入力した内"
             "容がMacの外に送信されることはありません。",
         .onboardingSetUpLaterButtonLabel = "あとで設定",
         .onboardingContinueButtonLabel = "続ける",
@@ -276,7 +276,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .creditsVersionLabel = "バージョン",
         .appUpdateCheckLabel = "アプリの自動アップデート",
         .appUpdateCheckHint =
-            "Farlumeの新しいバージョンが出ていないか毎日確認し、インストールする前にお知らせします"
+            "Nuvrelの新しいバージョンが出ていないか毎日確認し、インストールする前にお知らせします"
             "。これはアプリ本体の設定です。モデルファイルには「モデル」タブに専用の設定があります"
             "。",
         .appUpdateCheckNowLabel = "今すぐ確認",
@@ -288,12 +288,12 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .creditsSuggestHint = "「こんなことができたら」というご要望をお聞かせください。",
         .creditsOpenSourceLabel = "オープンソースに関する表記",
         .creditsOpenSourceHint =
-            "Farlumeに含まれる、llama.cppなどのオープンソースソフトウェアのライセンス",
+            "Nuvrelに含まれる、llama.cppなどのオープンソースソフトウェアのライセンス",
         .creditsModelSourceLabel = "モデル",
         .creditsModelSourceHint =
             "Kestrune-nanoはQwen3.5-0.8B-Base（Apache-2.0）をファインチューニングしたモデルです",
         .creditsPrivacyPolicyLabel = "プライバシーポリシー",
-        .creditsThanksNote = "Farlumeをご利用いただきありがとうございます。",
+        .creditsThanksNote = "Nuvrelをご利用いただきありがとうございます。",
         .searchTabFallbackChainNotice =
             "Web検索はまずTavilyを試し、次にSearXNGサーバ（設定している場合）、最後にWikipediaを使"
             "います。",
@@ -305,14 +305,14 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .searchTabEndpointPlaceholder = "https://searx.example.com",
         .searchTabEndpointInvalidMessage =
             "有効なhttp://またはhttps://のアドレスを入力してください",
-        .searchTabEndpointAppliesNextLaunchNotice = "変更は次回Farlumeを起動したときに反映されます",
+        .searchTabEndpointAppliesNextLaunchNotice = "変更は次回Nuvrelを起動したときに反映されます",
         .searchTabFirecrawlLabel = "Firecrawl APIキー（任意）",
         .searchTabFirecrawlHint =
             "ご自身のAPIキーを使って、Firecrawlを第2段階の予備の検索エンジンとして追加します。",
         .searchTabFirecrawlPlaceholderEmpty = "Firecrawl APIキーをペースト",
         .searchTabFirecrawlPlaceholderSaved = "●●●● 保存済み",
         .permissionsTabReopenButtonLabel = "アクセス許可の設定を見直す",
-        .permissionsTabSummaryTitle = "Farlumeがアクセスできる項目",
+        .permissionsTabSummaryTitle = "Nuvrelがアクセスできる項目",
         .permissionsTabNotGrantedLabel = "未許可",
         .calculatorHeaderTitle = "計算機",
         .calculatorResultSubtitle = "計算結果",
@@ -349,7 +349,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .networkActivitySectionTitle = "ネットワークアクティビティ",
         .networkActivitySummaryTemplate = "過去24時間の外部へのリクエスト：%@件",
         .networkActivityOfflineMessage =
-            "過去24時間の外部へのリクエスト：0件。Farlumeは完全にオフラインで動作しました",
+            "過去24時間の外部へのリクエスト：0件。Nuvrelは完全にオフラインで動作しました",
         .networkActivitySummaryAtCapTemplate =
             "過去24時間の外部へのリクエスト：%@件以上（保存されるのは最新の%@件のみ）",
         .networkActivityRevealLogLabel = "ログファイルをFinderに表示",
@@ -368,7 +368,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .networkActivityPurposeModelUpdateCheckLabel = "モデルのアップデート確認",
         .networkActivityPurposeGeocodingLabel = "位置情報の検索",
         .networkActivityPurposeAppUpdateCheckLabel = "アプリのアップデート確認",
-        .modelReadyNotificationTitle = "Farlumeの準備ができました",
+        .modelReadyNotificationTitle = "Nuvrelの準備ができました",
         .modelReadyNotificationBodyTemplate = "%@を押して使い始めましょう",
         .firstRunAhaCardTitle = "最初のリクエストを試してみましょう",
         .firstRunAhaCardQuery = "東京の天気",
@@ -377,7 +377,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
             "問題が起きた場合は、報告の際にこれをペーストしてください。検索内容、クリップボード、フ"
             "ァイル名は一切含まれません。",
         .diagnosticsCopiedFeedback = "コピーしました",
-        .diagnosticsReportTitle = "Farlume診断レポート",
+        .diagnosticsReportTitle = "Nuvrel診断レポート",
         .diagnosticsPrivacyNotice =
             "このレポートに個人的な内容は含まれません。検索クエリ、クリップボードの内容、ファイル名"
             "は含まれていません。",

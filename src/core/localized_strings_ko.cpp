@@ -4,15 +4,15 @@ namespace nuvrel::core {
 
 const LocalizedStrings& LocalizedStrings::ko() {
     static const LocalizedStrings value{
-        .placeholder = "Farlume에게 물어보기",
+        .placeholder = "Nuvrel에게 물어보기",
         .thinkingLabel = "Kestrune이 요청을 이해하는 중…",
-        .settingsTitle = "Farlume 설정",
+        .settingsTitle = "Nuvrel 설정",
         .appearanceLabel = "모양",
         .appearanceHint = "라이트 또는 다크 인터페이스",
         .languageLabel = "언어",
         .languageHint = "인터페이스 언어",
         .hotkeyLabel = "키보드 단축키",
-        .hotkeyHint = "어디서든 Farlume 불러오기",
+        .hotkeyHint = "어디서든 Nuvrel 불러오기",
         .networkFeaturesLabel = "네트워크 기능",
         .networkFeaturesHint =
             "기기 내 LLM 추론은 Mac 밖으로 나가지 않습니다. 웹 검색, 날씨, 환율만 네트워크를 "
@@ -29,7 +29,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .modelUpdateAvailableTemplate = "새 AI 모델을 사용할 수 있습니다 — %@",
         .modelUpdateUpToDateMessage = "AI 모델이 최신 상태입니다.",
         .modelUpdateNeedsAppUpdateMessage =
-            "새 AI 모델을 사용할 수 있지만, 최신 버전의 Farlume이 필요합니다. 먼저 앱을 업데이트해 "
+            "새 AI 모델을 사용할 수 있지만, 최신 버전의 Nuvrel이 필요합니다. 먼저 앱을 업데이트해 "
             "주세요.",
         .modelUpdateCheckNowLabel = "지금 확인",
         .toggleOnLabel = "켬",
@@ -71,7 +71,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .webAnswerExtractiveSourceLabel = "상위 결과 발췌",
         .webAnswerOpenInBrowser = "브라우저에서 열기",
         .webAnswerFallbackNotice =
-            "Farlume이 요청을 작업으로 인식하지 못해 대신 웹에서 검색했습니다.",
+            "Nuvrel이 요청을 작업으로 인식하지 못해 대신 웹에서 검색했습니다.",
         .webSearchNetworkFailureMessage = "인터넷 연결을 확인해 주세요",
         .webSearchNetworkFailureRecovery = "잠시 후 다시 검색해 주세요.",
         .webSearchBlockedMessage = "검색 서비스가 일시적으로 요청을 제한하고 있습니다",
@@ -125,17 +125,17 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .calendarNextMonthLabel = "다음 달",
         .calendarPermissionTitle = "캘린더 접근 권한 필요",
         .calendarPermissionMessage =
-            "Farlume이 여기에 일정을 표시하려면 캘린더 읽기 권한이 필요합니다.",
+            "Nuvrel이 여기에 일정을 표시하려면 캘린더 읽기 권한이 필요합니다.",
         .calendarAllDayLabel = "하루 종일",
         .permissionGenericTitleTemplate = "%@ 접근 권한 필요",
-        .permissionGenericMessageTemplate = "Farlume이 이 작업을 완료하려면 %@ 권한이 필요합니다.",
+        .permissionGenericMessageTemplate = "Nuvrel이 이 작업을 완료하려면 %@ 권한이 필요합니다.",
         .openSystemSettingsButtonLabel = "시스템 설정 열기",
         .contactsPermissionTitle = "연락처 접근 권한 필요",
         .contactsPermissionMessage =
-            "Farlume이 메시지를 보낼 상대를 찾으려면 연락처 읽기 권한이 필요합니다.",
+            "Nuvrel이 메시지를 보낼 상대를 찾으려면 연락처 읽기 권한이 필요합니다.",
         .automationPermissionTitle = "자동화 권한 필요",
         .automationPermissionMessage =
-            "Farlume이 이 작업을 완료하려면 메시지/음악을 제어할 권한이 필요합니다.",
+            "Nuvrel이 이 작업을 완료하려면 메시지/음악을 제어할 권한이 필요합니다.",
         .musicHeaderTitle = "음악",
         .musicNowPlayingLabel = "지금 재생 중",
         .musicPausedLabel = "일시 정지됨",
@@ -159,7 +159,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .messageDeliveredTemplate = "✓ %@에게 전송됨",
         .messageOpenedInMailTemplate = "메일 앱에서 %@에게 보낼 메일을 열었습니다",
         .messageSendFailedMessage = "메시지를 보낼 수 없습니다",
-        .quitMenuItemLabel = "Farlume 종료",
+        .quitMenuItemLabel = "Nuvrel 종료",
         .errorRetryButtonLabel = "다시 시도",
         .timerHeaderTitle = "타이머",
         .timerStartedBodyTemplate = "⏱ %1$@ 타이머 시작 — %2$@에 알림",
@@ -167,10 +167,10 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .timerNotificationBodyTemplate = "%@ 타이머가 끝났습니다",
         .notificationsPermissionTitle = "알림 권한 필요",
         .notificationsPermissionMessage =
-            "Farlume이 타이머 종료를 알려 드리려면 알림 전송 권한이 필요합니다.",
+            "Nuvrel이 타이머 종료를 알려 드리려면 알림 전송 권한이 필요합니다.",
         .remindersPermissionTitle = "미리 알림 접근 권한 필요",
         .remindersPermissionMessage =
-            "Farlume이 미리 알림을 추가하려면 미리 알림 접근 권한이 필요합니다.",
+            "Nuvrel이 미리 알림을 추가하려면 미리 알림 접근 권한이 필요합니다.",
         .reminderHeaderTitle = "미리 알림",
         .reminderSetWithTimeTemplate = "%@에 미리 알림이 설정되었습니다",
         .reminderSetNoTimeTemplate = "미리 알림이 추가되었습니다",
@@ -222,19 +222,19 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .windowOnlyOneDisplayMessage = "연결된 디스플레이가 하나뿐입니다",
         .accessibilityPermissionTitle = "손쉬운 사용 권한 필요",
         .accessibilityPermissionMessage =
-            "Farlume이 윈도우를 이동하고 크기를 조절하려면 손쉬운 사용 권한이 필요합니다.",
+            "Nuvrel이 윈도우를 이동하고 크기를 조절하려면 손쉬운 사용 권한이 필요합니다.",
         .locationPermissionTitle = "위치 접근 권한 필요",
         .locationPermissionMessage =
-            "Farlume이 현재 위치의 날씨를 보여 드리려면 위치 접근 권한이 필요합니다. 도시 이름을 "
+            "Nuvrel이 현재 위치의 날씨를 보여 드리려면 위치 접근 권한이 필요합니다. 도시 이름을 "
             "말씀하셔도 됩니다. 예: “서울 날씨”",
         .hotkeyRecordingPrompt = "새 단축키를 누르세요…",
         .hotkeyModifierRequiredMessage = "보조 키(⌘⌥⌃⇧)를 하나 이상 포함해 주세요",
         .hotkeyRegistrationFailedMessage =
             "이 단축키를 설정할 수 없습니다. 이미 사용 중일 수 있습니다",
-        .onboardingWindowTitle = "Farlume 시작하기",
-        .onboardingTitle = "Farlume에 오신 것을 환영합니다",
+        .onboardingWindowTitle = "Nuvrel 시작하기",
+        .onboardingTitle = "Nuvrel에 오신 것을 환영합니다",
         .onboardingSubtitle =
-            "Farlume에게 맡기고 싶은 일에 필요한 접근을 허용하세요. 시스템 설정에서 언제든지 "
+            "Nuvrel에게 맡기고 싶은 일에 필요한 접근을 허용하세요. 시스템 설정에서 언제든지 "
             "변경할 수 있습니다.",
         .onboardingFilesTitle = "파일",
         .onboardingFilesDescription = "Mac에 있는 문서를 이름으로 찾습니다.",
@@ -255,7 +255,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .onboardingAllowButtonLabel = "허용",
         .onboardingAllowedLabel = "허용됨",
         .onboardingFooterPrivacyNote =
-            "Farlume은 요청을 Mac에서 이해합니다. 웹 검색, 날씨, 환율을 제외하면 입력한 내용은 Mac "
+            "Nuvrel은 요청을 Mac에서 이해합니다. 웹 검색, 날씨, 환율을 제외하면 입력한 내용은 Mac "
             "밖으로 나가지 않습니다.",
         .onboardingSetUpLaterButtonLabel = "나중에 설정",
         .onboardingContinueButtonLabel = "계속",
@@ -268,7 +268,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .creditsVersionLabel = "버전",
         .appUpdateCheckLabel = "자동 앱 업데이트",
         .appUpdateCheckHint =
-            "새 버전의 Farlume이 나왔는지 매일 확인하고, 설치하기 전에 먼저 묻습니다. 앱 자체에 "
+            "새 버전의 Nuvrel이 나왔는지 매일 확인하고, 설치하기 전에 먼저 묻습니다. 앱 자체에 "
             "대한 설정이며, 모델 파일은 모델 탭에 별도의 설정이 있습니다.",
         .appUpdateCheckNowLabel = "지금 확인",
         .creditsReportIssueLabel = "문제 신고",
@@ -278,12 +278,12 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .creditsSuggestLabel = "기능 제안",
         .creditsSuggestHint = "이런 기능이 있으면 좋겠다는 점을 알려 주세요.",
         .creditsOpenSourceLabel = "오픈 소스 고지 사항",
-        .creditsOpenSourceHint = "llama.cpp 등 Farlume에 포함된 오픈 소스 소프트웨어의 라이선스",
+        .creditsOpenSourceHint = "llama.cpp 등 Nuvrel에 포함된 오픈 소스 소프트웨어의 라이선스",
         .creditsModelSourceLabel = "모델",
         .creditsModelSourceHint =
             "Kestrune-nano는 Qwen3.5-0.8B-Base(Apache-2.0)를 파인튜닝한 모델입니다",
         .creditsPrivacyPolicyLabel = "개인정보 처리방침",
-        .creditsThanksNote = "Farlume을 사용해 주셔서 감사합니다.",
+        .creditsThanksNote = "Nuvrel을 사용해 주셔서 감사합니다.",
         .searchTabFallbackChainNotice =
             "웹 검색은 먼저 Tavily를 시도한 다음, 설정한 경우 SearXNG 서버, 마지막으로 위키백과를 "
             "시도합니다.",
@@ -295,14 +295,14 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .searchTabEndpointPlaceholder = "https://searx.example.com",
         .searchTabEndpointInvalidMessage = "올바른 http:// 또는 https:// 주소를 입력해 주세요",
         .searchTabEndpointAppliesNextLaunchNotice =
-            "변경 사항은 다음에 Farlume을 시작할 때 적용됩니다",
+            "변경 사항은 다음에 Nuvrel을 시작할 때 적용됩니다",
         .searchTabFirecrawlLabel = "Firecrawl API 키(선택 사항)",
         .searchTabFirecrawlHint =
             "사용자의 API 키로 Firecrawl을 2순위 대체 검색 엔진으로 추가합니다.",
         .searchTabFirecrawlPlaceholderEmpty = "Firecrawl API 키를 붙여 넣으세요",
         .searchTabFirecrawlPlaceholderSaved = "●●●● 저장됨",
         .permissionsTabReopenButtonLabel = "권한 설정 다시 보기",
-        .permissionsTabSummaryTitle = "Farlume이 접근할 수 있는 항목",
+        .permissionsTabSummaryTitle = "Nuvrel이 접근할 수 있는 항목",
         .permissionsTabNotGrantedLabel = "아직 허용되지 않음",
         .calculatorHeaderTitle = "계산기",
         .calculatorResultSubtitle = "결과",
@@ -337,7 +337,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .networkActivitySectionTitle = "네트워크 활동",
         .networkActivitySummaryTemplate = "지난 24시간 동안 외부 요청 %@건",
         .networkActivityOfflineMessage =
-            "지난 24시간 동안 외부 요청 0건 — Farlume이 완전히 오프라인으로 실행되었습니다",
+            "지난 24시간 동안 외부 요청 0건 — Nuvrel이 완전히 오프라인으로 실행되었습니다",
         .networkActivitySummaryAtCapTemplate =
             "지난 24시간 동안 외부 요청 %@건 이상 (최근 %@건만 보관됨)",
         .networkActivityRevealLogLabel = "Finder에서 로그 파일 보기",
@@ -356,7 +356,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .networkActivityPurposeModelUpdateCheckLabel = "모델 업데이트 확인",
         .networkActivityPurposeGeocodingLabel = "위치 조회",
         .networkActivityPurposeAppUpdateCheckLabel = "앱 업데이트 확인",
-        .modelReadyNotificationTitle = "Farlume 준비 완료",
+        .modelReadyNotificationTitle = "Nuvrel 준비 완료",
         .modelReadyNotificationBodyTemplate = "%@ 키를 눌러 대화를 시작하세요",
         .firstRunAhaCardTitle = "첫 요청을 해 보세요",
         .firstRunAhaCardQuery = "서울 날씨",
@@ -365,7 +365,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
             "문제가 있나요? 문제를 신고할 때 이 정보를 붙여 넣어 주세요. 검색어, 클립보드 내용, "
             "파일 이름은 절대 포함되지 않습니다.",
         .diagnosticsCopiedFeedback = "복사됨",
-        .diagnosticsReportTitle = "Farlume 진단 보고서",
+        .diagnosticsReportTitle = "Nuvrel 진단 보고서",
         .diagnosticsPrivacyNotice =
             "이 보고서에는 검색어, 클립보드 내용, 파일 이름 등 개인적인 내용이 포함되지 않습니다.",
         .diagnosticsGeneratedAtLabel = "생성 시각",

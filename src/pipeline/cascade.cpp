@@ -6,9 +6,18 @@
 #include <string>
 
 #include "answers/calculator_fast_path.h"
+#include "answers/currency_capability.h"
+#include "answers/document_summarize_capability.h"
+#include "answers/translate_capability.h"
+#include "answers/weather_capability.h"
 #include "core/capability_result.h"
+#include "pipeline/currency_fast_path.h"
+#include "pipeline/document_summarize_fast_path.h"
 #include "pipeline/help_fast_path.h"
 #include "pipeline/pipeline.h"
+#include "pipeline/translate_fast_path.h"
+#include "pipeline/user_facing.h"
+#include "pipeline/weather_fast_path.h"
 
 namespace nuvrel::pipeline {
 
@@ -78,24 +87,52 @@ std::optional<core::PipelineOutcome> Pipeline::calculatorStep(const StepInput& i
     return core::PipelineOutcome::result(core::CapabilityResult::Calculation{answer->display});
 }
 
-std::optional<core::PipelineOutcome> Pipeline::currencyStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::currencyStep(const StepInput& input) const {
+    const auto request = CurrencyFastPath::match(input.query);
+    if (!request) return std::nullopt;
+    if (!networkFeaturesEnabled)
+        return core::PipelineOutcome::error(networkFeaturesOfflineError(input.strings));
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return answers::CurrencyCapability::execute(*request, language, informationServices);
+    });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::weatherStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::weatherStep(const StepInput& input) const {
+    const auto target = WeatherFastPath::match(input.query);
+    if (!target) return std::nullopt;
+    if (!networkFeaturesEnabled)
+        return core::PipelineOutcome::error(networkFeaturesOfflineError(input.strings));
+    answers::WeatherCapability weather;
+    weather.language = language;
+    weather.services = informationServices;
+    if (const std::string* place = target->name()) {
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                             [&] { return weather.execute(*place); });
+    }
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return weather.executeCurrentLocation(weatherLocationProvider.get());
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput&) const {
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInput& input) const {
+    const auto name = DocumentSummarizeFastPath::match(input.query);
+    if (!name) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return answers::DocumentSummarizeCapability::execute(*name, language, summarizer.get(),
+                                                             findDocument, extractDocumentText);
+    });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::translationStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::translationStep(const StepInput& input) const {
+    const auto candidate = TranslateFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return answers::TranslateCapability::execute(*candidate, language, summarizer.get());
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&) const {

@@ -21,11 +21,14 @@
 #include <vector>
 
 #include "answers/currency_code.h"
+#include "answers/information_services.h"
 #include "base/diagnostics.h"
 #include "core/app_language.h"
 #include "core/capability_registry.h"
+#include "core/current_location_providing.h"
 #include "core/localized_strings.h"
 #include "core/pipeline_outcome.h"
+#include "core/result_records.h"
 #include "core/routed_intent.h"
 #include "core/slot_value.h"
 #include "llm/llm_backend.h"
@@ -39,7 +42,7 @@ class Pipeline : public PipelineRunning {
 public:
     // Fields in declared order. The validator has no state and is called as a namespace.
     // Still to come with their features: timerCapability (after `language`),
-    // clipboardHistoryStore (after `summarizer`), notesCapability and weatherLocationProvider
+    // clipboardHistoryStore (after `summarizer`), notesCapability
     // (after `liveFastPathsEnabled`).
     Router router{};
     // The plan-driven capabilities; also the finder of the file-search fast path.
@@ -60,6 +63,15 @@ public:
     // Writes each routed intent with its slots as a "[nuvrel-debug-slots] " line, for headless
     // verification (NUVREL_DEBUG_QUERY).
     bool debugSlotsLogging = false;
+    // The position for a weather query that names no place; none means that no position can
+    // be had.
+    std::shared_ptr<core::CurrentLocationProviding> weatherLocationProvider{};
+    // The weather and rate services: the shared session, their addresses, the network log.
+    answers::InformationServices informationServices{};
+    // Document summary: the file that the user named, and its text; none finds or reads
+    // nothing, and the query goes on.
+    std::function<std::optional<core::FileHit>(std::string_view name)> findDocument{};
+    std::function<std::optional<std::string>(const std::string& path)> extractDocumentText{};
 
     // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
     // two model calls), then one capability call. Never throws; a stop request ends as the
@@ -117,6 +129,10 @@ private:
     std::optional<core::PipelineOutcome> clipboardHistoryStep(const StepInput& input) const;
     std::optional<core::PipelineOutcome> windowStep(const StepInput& input) const;
     std::optional<core::PipelineOutcome> helpStep(const StepInput& input) const;
+
+    // A routed weatherQuery with the network on: the place of its slots, or here.
+    std::optional<core::PipelineOutcome> routedWeather(const core::RoutedIntent& routed,
+                                                       const core::LocalizedStrings& strings) const;
 
     std::optional<core::PipelineOutcome> runCascade(std::string_view query,
                                                     const core::LocalizedStrings& strings) const;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "answers/currency_capability.h"
+#include "answers/weather_capability.h"
 #include "base/cancellation.h"
 #include "base/regex.h"
 #include "base/text.h"
@@ -25,6 +27,29 @@ std::string joinedWithBlanks(const std::vector<std::string>& parts) {
 
 }  // namespace
 
+std::optional<core::PipelineOutcome> Pipeline::routedWeather(
+    const core::RoutedIntent& routed, const core::LocalizedStrings& strings) const {
+    answers::WeatherCapability weather;
+    weather.language = language;
+    weather.services = informationServices;
+    const auto here = [&] {
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
+            return weather.executeCurrentLocation(weatherLocationProvider.get());
+        });
+    };
+    const std::optional<std::string> location = Validator::stringSlot(routed.slots, "location");
+    const std::optional<std::string> place =
+        location ? location : Validator::stringSlot(routed.slots, "content");
+    if (!place) return here();
+    if (auto outcome = outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                     [&] { return weather.execute(*place); }))
+        return outcome;
+    // A place the geocoder does not know in "content" may be the whole phrase, or a place in
+    // the wrong slot: the weather here still answers the user.
+    if (location) return std::nullopt;
+    return here();
+}
+
 std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
     const core::RoutedIntent& routed, std::string_view /*query*/,
     const core::LocalizedStrings& strings) const {
@@ -37,8 +62,13 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             // Decided before any slot is read: unusable slots still get the offline error.
             if (!networkFeaturesEnabled)
                 return core::PipelineOutcome::error(networkFeaturesOfflineError(strings));
-            // The forecast and the rate service arrive with their features; until then the
-            // validator's web fallback answers.
+            if (routed.intent == IntentID::weatherQuery) return routedWeather(routed, strings);
+            if (const auto request = currencyRequest(routed.slots)) {
+                return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
+                    return answers::CurrencyCapability::execute(*request, language,
+                                                                informationServices);
+                });
+            }
             return std::nullopt;
         case IntentID::timerSet:
         case IntentID::reminderSet:

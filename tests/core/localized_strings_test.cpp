@@ -213,7 +213,7 @@ TEST(LocalizedStrings, EnglishTextsKeepTheirExactCharacters) {
     EXPECT_EQ(en.weatherSourceAppleLabel, "Weather data from  Weather");
     EXPECT_EQ(en.helpHintRecovery, "Type \"help\" to see what I can do, with examples.");
     EXPECT_EQ(en.locationPermissionMessage,
-              "Farlume needs Location access to show the weather where you are. You can also "
+              "Nuvrel needs Location access to show the weather where you are. You can also "
               "just tell me a city \u2014 e.g. \"Seoul weather.\"");
     EXPECT_EQ(en.searchTabFirecrawlPlaceholderSaved, "\u25CF\u25CF\u25CF\u25CF Saved");
     EXPECT_EQ(en.networkActivitySummaryAtCapTemplate,

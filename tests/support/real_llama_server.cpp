@@ -42,6 +42,10 @@ std::filesystem::path tinyTestModel() {
     return cacheHome / "nuvrel/test-models/tiny-qwen2.gguf";
 }
 
+std::filesystem::path tinyEmbeddingTestModel() {
+    return tinyTestModel().parent_path() / "tiny-qwen2-embedding.gguf";
+}
+
 ::testing::AssertionResult realServerAvailable() {
     if (::access(realServerBinary().c_str(), X_OK) != 0) {
         return ::testing::AssertionFailure()

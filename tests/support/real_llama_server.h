@@ -12,6 +12,8 @@ namespace nuvrel::test {
 
 std::filesystem::path realServerBinary();
 std::filesystem::path tinyTestModel();
+// The same with mean pooling declared, for the server's embedding mode.
+std::filesystem::path tinyEmbeddingTestModel();
 
 // Fails, saying how to get them, when either is missing: a test of the real server never
 // passes by skipping.
