@@ -7,8 +7,13 @@
 
 #include "answers/calculator_fast_path.h"
 #include "core/capability_result.h"
+#include "personal/calendar_fast_path.h"
+#include "personal/reminder_fast_path.h"
+#include "personal/timer_fast_path.h"
 #include "pipeline/help_fast_path.h"
+#include "pipeline/personal_capabilities.h"
 #include "pipeline/pipeline.h"
+#include "pipeline/user_facing.h"
 
 namespace nuvrel::pipeline {
 
@@ -61,12 +66,19 @@ std::optional<core::PipelineOutcome> Pipeline::runCascade(
 
 // Steps whose feature has not landed match nothing yet.
 
-std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput& input) const {
+    if (!timerCapability.notificationCenter || !personal::TimerFastPath::matchCancel(input.query))
+        return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+                         [&] { return timerCapability.cancelAll(); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput& input) const {
+    if (!timerCapability.notificationCenter) return std::nullopt;
+    const auto request = personal::TimerFastPath::match(input.query);
+    if (!request) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+                         [&] { return timerCapability.execute(*request); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::calculatorStep(const StepInput& input) const {
@@ -102,12 +114,21 @@ std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput& input) const {
+    if (!reminderStore) return std::nullopt;
+    const auto candidate = personal::ReminderDeleteFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+                         [&] { return reminderCapabilityOf(*this).findCandidates(*candidate); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepInput& input) const {
+    if (!calendarStore) return std::nullopt;
+    const auto candidate = personal::CalendarDeleteFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, [&] {
+        return calendarDeleteCapabilityOf(*this).findCandidates(*candidate);
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&) const {
@@ -122,12 +143,20 @@ std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput&) 
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput& input) const {
+    if (!reminderStore) return std::nullopt;
+    const auto candidate = personal::ReminderFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+                         [&] { return reminderCapabilityOf(*this).execute(*candidate); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput& input) const {
+    if (!calendarStore) return std::nullopt;
+    const auto candidate = personal::CalendarAddEventFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+                         [&] { return calendarAddCapabilityOf(*this).execute(*candidate); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput&) const {
