@@ -140,8 +140,11 @@ std::optional<Time> readEnglishTime(std::string& text) {
     } else {
         const auto hour = digitsValue(match->group(5));
         const auto minute = digitsValue(match->group(6));
-        // Only the 24-hour form checks its range; out of range the text keeps its match.
-        if (!hour || !minute || *hour > 23 || *minute >= 60) return time;
+        // Only the 24-hour form checks its range; out of range the text keeps its match. A
+        // one-digit hour ("at 3:30") is ambiguous without a meridiem and gives no time.
+        if (!hour || !minute || *hour > 23 || *minute >= 60 ||
+            base::text::count(match->group(5)) < 2)
+            return time;
         time.hour = *hour;
         time.minute = *minute;
     }

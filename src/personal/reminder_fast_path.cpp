@@ -11,7 +11,7 @@
 namespace nuvrel::personal {
 namespace {
 
-// Longer suffixes stand before their own tails ("미리알림" before "알림").
+// In table order; matching tries them longest first (see orderedKoreanSuffixes).
 constexpr std::array<std::string_view, 13> koreanSuffixes = {
     "미리알림 추가해줘",
     "미리알림추가해줘",
@@ -44,6 +44,20 @@ constexpr std::array<std::string_view, 19> stopTokens = {
 constexpr std::array<std::string_view, 8> verbEndings = {"해줘요", "해줘", "해 줘", "하세요",
                                                          "해",     "줘요", "줘",    "して"};
 
+// A longer suffix is tried before its own tail ("미리알림" before "알림"): in table order
+// "알림" would cut "약 먹기 미리알림" into the title "약 먹기 미리".
+const std::array<std::string_view, 13>& orderedKoreanSuffixes() {
+    static const std::array<std::string_view, 13> ordered = [] {
+        auto suffixes = koreanSuffixes;
+        std::stable_sort(suffixes.begin(), suffixes.end(),
+                         [](std::string_view a, std::string_view b) {
+                             return base::text::count(a) > base::text::count(b);
+                         });
+        return suffixes;
+    }();
+    return ordered;
+}
+
 }  // namespace
 
 std::optional<ReminderCandidate> ReminderFastPath::match(std::string_view query) {
@@ -53,7 +67,7 @@ std::optional<ReminderCandidate> ReminderFastPath::match(std::string_view query)
 
     std::optional<std::string> body;
     bool strong = true;
-    for (std::string_view suffix : koreanSuffixes) {
+    for (std::string_view suffix : orderedKoreanSuffixes()) {
         if (!std::string_view(text).ends_with(suffix)) continue;
         body = text.substr(0, text.size() - suffix.size());
         strong = std::find(ambiguousKoreanSuffixes.begin(), ambiguousKoreanSuffixes.end(),
