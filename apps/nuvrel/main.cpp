@@ -124,6 +124,7 @@ int main(int argc, char** argv) {
     watchSignals(signals, queue, session);
 
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    session.setConfirmationPolicy({command.options.yes, terminal ? &std::cin : nullptr});
     const int status = command.verb == app::CommandLine::Verb::ask
                            ? session.ask(command.options.sentence)
                            : session.interactive(std::cin, terminal);
