@@ -105,8 +105,8 @@ std::shared_ptr<IcsFile> parseIcs(const std::string& text, const fs::path& path,
     auto file = std::make_shared<IcsFile>();
     file->path = path;
     file->root = root;
-    for (const auto& [kind, isEvent] : {std::pair{ICAL_VEVENT_COMPONENT, true},
-                                       std::pair{ICAL_VTODO_COMPONENT, false}}) {
+    for (const auto& [kind, isEvent] :
+         {std::pair{ICAL_VEVENT_COMPONENT, true}, std::pair{ICAL_VTODO_COMPONENT, false}}) {
         for (icalcomponent* component = icalcomponent_get_first_component(root.get(), kind);
              component; component = icalcomponent_get_next_component(root.get(), kind)) {
             auto item = readItem(component, calendar, isEvent);
@@ -141,8 +141,7 @@ std::vector<std::shared_ptr<const IcsFile>> IcsFolderCache::files(const fs::path
             }
         }
         const auto text = base::readFile(path);
-        std::shared_ptr<const IcsFile> parsed =
-            text ? parseIcs(*text, path, calendar_) : nullptr;
+        std::shared_ptr<const IcsFile> parsed = text ? parseIcs(*text, path, calendar_) : nullptr;
         std::lock_guard lock(mutex_);
         if (!parsed) {
             ++skipped_;

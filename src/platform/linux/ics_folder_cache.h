@@ -34,7 +34,7 @@ struct IcsItem {
     std::optional<personal::TimePoint> start;  // DTSTART; a VTODO may lack it
     // DTSTART as written, for expanding the rule; its zone lives as long as the file.
     icaltimetype startTime{};
-    personal::TimePoint end{};                 // DTEND, or start plus DURATION (or a day)
+    personal::TimePoint end{};  // DTEND, or start plus DURATION (or a day)
     std::optional<personal::TimePoint> recurrenceID;
     // RRULE text, when the item repeats.
     std::optional<std::string> rrule;

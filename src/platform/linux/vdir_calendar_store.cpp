@@ -129,15 +129,16 @@ std::vector<StoredEvent> VdirCalendarStore::events(TimePoint from, TimePoint to)
             for (const IcsItem& item : file->events) {
                 if (item.recurrenceID) {
                     if (overlaps(*item.start, item.end, from, to))
-                        found.push_back(
-                            stored(item, *item.start, item.end, file->path, item.recurrenceID, info));
+                        found.push_back(stored(item, *item.start, item.end, file->path,
+                                               item.recurrenceID, info));
                 } else if (item.rrule) {
                     expand(item, moved[item.uid], from, to, calendar,
                            [&](TimePoint start, TimePoint end) {
                                found.push_back(stored(item, start, end, file->path, start, info));
                            });
                 } else if (overlaps(*item.start, item.end, from, to)) {
-                    found.push_back(stored(item, *item.start, item.end, file->path, std::nullopt, info));
+                    found.push_back(
+                        stored(item, *item.start, item.end, file->path, std::nullopt, info));
                 }
             }
         }
@@ -282,14 +283,15 @@ std::optional<std::string> VdirCalendarStore::removeEvent(const std::string& ide
         excluded = icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(occurrence),
                                                  0, const_cast<icaltimezone*>(start.zone));
         excluded.zone = nullptr;
-        icalproperty_add_parameter(exdate, icalparameter_new_tzid(icaltimezone_get_tzid(
-                                               const_cast<icaltimezone*>(start.zone))));
+        icalproperty_add_parameter(
+            exdate,
+            icalparameter_new_tzid(icaltimezone_get_tzid(const_cast<icaltimezone*>(start.zone))));
     } else {
         excluded = icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(occurrence),
                                                  0, icaltimezone_get_utc_timezone());
     }
-    icalproperty_set_value(exdate, start.is_date ? icalvalue_new_date(excluded)
-                                                 : icalvalue_new_datetime(excluded));
+    icalproperty_set_value(
+        exdate, start.is_date ? icalvalue_new_date(excluded) : icalvalue_new_datetime(excluded));
     icalcomponent_add_property(master, exdate);
     writeCalendarFile(path, root);
     return title;
@@ -313,7 +315,7 @@ VdirCalendarFolders calendarFoldersFromSettings(const fs::path& dataHome,
             if (it->is_directory()) folders.calendars.push_back(it->path());
         std::sort(folders.calendars.begin(), folders.calendars.end());
     }
-    folders.newEvents = !newEventFolder.empty()        ? fs::path(newEventFolder)
+    folders.newEvents = !newEventFolder.empty() ? fs::path(newEventFolder)
                         : !calendarFolders.empty() && !folders.calendars.empty()
                             ? folders.calendars.front()
                             : root / "personal";

@@ -31,15 +31,16 @@ std::optional<std::string> VdirReminderStore::addReminder(const personal::NewRem
     icalcomponent_add_property(vtodo, icalproperty_new_summary(reminder.title.c_str()));
     icalcomponent_add_property(vtodo, icalproperty_new_status(ICAL_STATUS_NEEDSACTION));
     const personal::TimePoint due = reminder.alarm.value_or(*dueDay);
-    icalcomponent_add_property(vtodo, zonedTimeProperty(ICAL_DUE_PROPERTY, due, !reminder.alarm,
-                                                        calendar, vcalendar));
+    icalcomponent_add_property(
+        vtodo, zonedTimeProperty(ICAL_DUE_PROPERTY, due, !reminder.alarm, calendar, vcalendar));
     if (reminder.alarm) {
         icalcomponent* valarm = icalcomponent_new(ICAL_VALARM_COMPONENT);
         icalcomponent_add_property(valarm, icalproperty_new_action(ICAL_ACTION_DISPLAY));
         icalcomponent_add_property(valarm, icalproperty_new_description(reminder.title.c_str()));
         icaltriggertype trigger{};
-        trigger.time = icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(*reminder.alarm),
-                                                     0, icaltimezone_get_utc_timezone());
+        trigger.time =
+            icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(*reminder.alarm), 0,
+                                          icaltimezone_get_utc_timezone());
         trigger.duration = icaldurationtype_null_duration();
         icalcomponent_add_property(valarm, icalproperty_new_trigger(trigger));
         icalcomponent_add_component(vtodo, valarm);
@@ -62,9 +63,10 @@ std::vector<personal::StoredReminder> VdirReminderStore::incompleteReminders() {
             if (todo.completed) continue;
             std::optional<personal::DueDate> due;
             if (todo.due) {
-                due = personal::DueDate{todo.due->year, todo.due->month, todo.due->day,
-                                        todo.dueHasTime ? std::optional(todo.due->hour) : std::nullopt,
-                                        todo.dueHasTime ? todo.due->minute : 0};
+                due = personal::DueDate{
+                    todo.due->year, todo.due->month, todo.due->day,
+                    todo.dueHasTime ? std::optional(todo.due->hour) : std::nullopt,
+                    todo.dueHasTime ? todo.due->minute : 0};
             }
             reminders.push_back({file->path.stem().string(), todo.summary, due});
         }
