@@ -19,6 +19,7 @@
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "platform/linux/detached_timer_center.h"
 
 extern char** environ;
 
@@ -61,6 +62,12 @@ int routerPort() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A pending timer: this program run again, detached, by the timer notification centre.
+    if (argc > 1 && argv[1] == platform::timerHelperVerb) {
+        return platform::runTimerHelper(std::vector<std::string>(argv + 2, argv + argc),
+                                        base::XdgPaths::fromEnvironment().stateHome / "nuvrel" /
+                                            "timers");
+    }
     const auto parsed = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (const auto* error = std::get_if<app::UsageError>(&parsed)) {
         std::cerr << "nuvrel: " << error->message << "\n\n" << app::usageText();

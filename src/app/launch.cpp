@@ -5,6 +5,11 @@
 
 #include "answers/web_search_capability.h"
 #include "app/settings_keys.h"
+#include "base/paths.h"
+#include "personal/calendar_capabilities.h"
+#include "platform/linux/detached_timer_center.h"
+#include "platform/linux/vdir_calendar_store.h"
+#include "platform/linux/vdir_reminder_store.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
@@ -52,12 +57,49 @@ WebRetrieval makeWebRetrieval(const LaunchSettings& settings) {
         .endpoints = settings.webEndpoints});
 }
 
+// The user's calendars, reminders and timers on this machine, made once per process: the
+// parsed-file cache and the bus connection serve every run.
+struct PersonalData {
+    std::shared_ptr<platform::IcsFolderCache> cache;
+    std::shared_ptr<platform::SessionBus> bus;
+    base::XdgPaths paths;
+    std::filesystem::path helperProgram;
+
+    static PersonalData make() {
+        std::error_code error;
+        auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+        return {std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar()),
+                platform::SessionBus::connect(), base::XdgPaths::fromEnvironment(), self};
+    }
+};
+
+void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
+                     const SettingsStoring& defaults) {
+    const auto setting = [&](std::string_view key) { return defaults.string(key).value_or(""); };
+    pipeline.clock = personal::Clock{};
+    pipeline.calendarStore = std::make_shared<platform::VdirCalendarStore>(
+        platform::calendarFoldersFromSettings(data.paths.dataHome,
+                                              setting(settingsKey::calendarFolders),
+                                              setting(settingsKey::newEventCalendarFolder)),
+        data.cache);
+    const std::string reminders = setting(settingsKey::reminderFolder);
+    pipeline.reminderStore = std::make_shared<platform::VdirReminderStore>(
+        reminders.empty() ? data.paths.dataHome / "nuvrel" / "reminders" / "personal"
+                          : std::filesystem::path(reminders),
+        data.cache);
+    pipeline.timerCapability = personal::TimerCapability{
+        pipeline.language,
+        std::make_shared<platform::DetachedTimerCenter>(
+            pipeline.language, data.bus, data.paths.stateHome / "nuvrel" / "timers",
+            data.helperProgram)};
+}
+
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
     return [runtime = settings.runtime, defaults = settings.userDefaults,
-            forbidden = settings.networkForbidden,
-            web = makeWebRetrieval(settings)](core::AppLanguage language) {
+            forbidden = settings.networkForbidden, web = makeWebRetrieval(settings),
+            personalData = PersonalData::make()](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -70,7 +112,10 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->transport = web.transport;
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
-        pipeline->registry = core::CapabilityRegistry({webSearch});
+        addPersonalData(*pipeline, personalData, *defaults);
+        auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
+            language, pipeline->calendarStore, pipeline->clock);
+        pipeline->registry = core::CapabilityRegistry({webSearch, calendarQuery});
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden &&

@@ -166,15 +166,14 @@ icalproperty* zonedTimeProperty(icalproperty_kind kind, TimePoint when, bool isD
                                              seconds, 0, icaltimezone_get_utc_timezone())));
         return property;
     }
-    const char* tzid = icaltimezone_get_tzid(zone);
-    bool haveZone = false;
-    for (icalcomponent* existing =
-             icalcomponent_get_first_component(vcalendar, ICAL_VTIMEZONE_COMPONENT);
-         existing; existing = icalcomponent_get_next_component(vcalendar, ICAL_VTIMEZONE_COMPONENT))
-        haveZone = true;
-    if (!haveZone)
-        icalcomponent_add_component(vcalendar,
-                                    icalcomponent_new_clone(icaltimezone_get_component(zone)));
+    // The TZID as other calendars write it ("Asia/Seoul"), not with libical's own prefix.
+    const char* tzid = calendar.zoneID().c_str();
+    if (!icalcomponent_get_first_component(vcalendar, ICAL_VTIMEZONE_COMPONENT)) {
+        icalcomponent* vtimezone = icalcomponent_new_clone(icaltimezone_get_component(zone));
+        if (icalproperty* id = icalcomponent_get_first_property(vtimezone, ICAL_TZID_PROPERTY))
+            icalproperty_set_tzid(id, tzid);
+        icalcomponent_add_component(vcalendar, vtimezone);
+    }
     icaltimetype local = icaltime_null_time();
     local.year = parts.year;
     local.month = parts.month;
