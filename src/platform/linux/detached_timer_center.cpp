@@ -82,8 +82,8 @@ void DetachedTimerCenter::scheduleNotification(const std::string& identifier,
 
     // Everything the children need is made before fork.
     const std::string program = helperProgram_.string();
-    std::vector<std::string> args = {program, std::string(timerHelperVerb), identifier, dueMillis,
-                                     title, body};
+    std::vector<std::string> args = {
+        program, std::string(timerHelperVerb), identifier, dueMillis, title, body};
     std::vector<char*> argv;
     for (std::string& arg : args) argv.push_back(arg.data());
     argv.push_back(nullptr);

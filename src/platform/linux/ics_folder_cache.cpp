@@ -1,6 +1,7 @@
 #include "platform/linux/ics_folder_cache.h"
 
 #include <libical/ical.h>
+#include <sys/stat.h>
 
 #include <system_error>
 
@@ -121,21 +122,42 @@ std::shared_ptr<IcsFile> parseIcs(const std::string& text, const fs::path& path,
 IcsFolderCache::IcsFolderCache(personal::GregorianCalendar calendar)
     : calendar_(std::move(calendar)) {}
 
+namespace {
+
+// Modification time in nanoseconds and size; nothing when the path cannot be read.
+std::optional<std::pair<std::int64_t, std::int64_t>> stamp(const char* path) {
+    struct stat info {};
+    if (::stat(path, &info) != 0) return std::nullopt;
+    return std::pair{
+        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec,
+        static_cast<std::int64_t>(info.st_size)};
+}
+
+}  // namespace
+
 std::vector<std::shared_ptr<const IcsFile>> IcsFolderCache::files(const fs::path& folder) {
+    const std::string folderKey = folder.string();
+    const auto folderStamp = stamp(folderKey.c_str());
+    if (!folderStamp) return {};
+    {
+        std::lock_guard lock(mutex_);
+        const auto known = folders_.find(folderKey);
+        if (known != folders_.end() && known->second.modifiedNs == folderStamp->first)
+            return known->second.files;
+    }
     std::vector<std::shared_ptr<const IcsFile>> files;
     std::error_code error;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
         const fs::path& path = it->path();
         if (path.extension() != ".ics") continue;
-        std::error_code statError;
-        const auto modified = it->last_write_time(statError);
-        const auto size = it->file_size(statError);
-        if (statError) continue;
+        const std::string key = path.string();
+        const auto fileStamp = stamp(key.c_str());
+        if (!fileStamp) continue;
         {
             std::lock_guard lock(mutex_);
-            const auto found = entries_.find(path);
-            if (found != entries_.end() && found->second.modified == modified &&
-                found->second.size == size) {
+            const auto found = entries_.find(key);
+            if (found != entries_.end() && found->second.modifiedNs == fileStamp->first &&
+                found->second.size == fileStamp->second) {
                 if (found->second.file) files.push_back(found->second.file);
                 continue;
             }
@@ -148,9 +170,11 @@ std::vector<std::shared_ptr<const IcsFile>> IcsFolderCache::files(const fs::path
             base::diag::event.line("skipped an iCalendar file that does not parse: " +
                                    path.filename().string());
         }
-        entries_[path] = Entry{modified, size, parsed};
+        entries_[key] = Entry{fileStamp->first, fileStamp->second, parsed};
         if (parsed) files.push_back(std::move(parsed));
     }
+    std::lock_guard lock(mutex_);
+    folders_[folderKey] = Folder{folderStamp->first, files};
     return files;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 // The parsed iCalendar files of vdir folders (one item per ".ics" file, as vdirsyncer, khal,
 // todoman and Evolution's file calendars keep them), cached by each file's modification time
-// and size, so that a query over an unchanged folder parses nothing.
+// and size, so that a query over an unchanged folder parses nothing. Writers of vdir folders
+// replace files by renaming, which changes the folder's own time: while that stays the same,
+// the folder's files are not looked at one by one.
 //
 // A file that does not parse, or whose items lack their start, is skipped with one diagnostic
 // line naming the file (never its text) and counted; it is never rewritten.
@@ -12,12 +14,12 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "personal/gregorian_calendar.h"
@@ -65,14 +67,19 @@ public:
 
 private:
     struct Entry {
-        std::filesystem::file_time_type modified;
-        std::uintmax_t size = 0;
+        std::int64_t modifiedNs = 0;
+        std::int64_t size = 0;
         std::shared_ptr<const IcsFile> file;  // null for a skipped file
+    };
+    struct Folder {
+        std::int64_t modifiedNs = 0;
+        std::vector<std::shared_ptr<const IcsFile>> files;
     };
 
     personal::GregorianCalendar calendar_;
     mutable std::mutex mutex_;
-    std::map<std::filesystem::path, Entry> entries_;
+    std::unordered_map<std::string, Entry> entries_;
+    std::unordered_map<std::string, Folder> folders_;
     std::size_t skipped_ = 0;
 };
 

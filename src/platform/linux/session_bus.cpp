@@ -43,8 +43,8 @@ SessionBus::~SessionBus() {
 
 bool SessionBus::serviceAvailable(std::string_view name) const {
     const std::string service(name);
-    if (GVariant* reply = callBus(connection_, "NameHasOwner", g_variant_new("(s)", service.c_str()),
-                                  "(b)")) {
+    if (GVariant* reply =
+            callBus(connection_, "NameHasOwner", g_variant_new("(s)", service.c_str()), "(b)")) {
         gboolean owned = false;
         g_variant_get(reply, "(b)", &owned);
         g_variant_unref(reply);
