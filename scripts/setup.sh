@@ -15,7 +15,7 @@ preset=${NUVREL_PRESET:-default}
 packages=(
   g++ cmake ninja-build pkg-config
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
-  libpoppler-cpp-dev libcpp-httplib-dev
+  libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 
@@ -43,7 +43,8 @@ install_missing() {
 
 build() {
   cd "$root"
-  if [ ! -f "build/$preset/build.ninja" ]; then
+  # A build folder configured before the tests became an option is configured again.
+  if ! grep -qx 'NUVREL_BUILD_TESTS:BOOL=ON' "build/$preset/CMakeCache.txt" 2>/dev/null; then
     cmake --preset "$preset" >&2
   fi
   cmake --build --preset "$preset" >&2

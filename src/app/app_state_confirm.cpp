@@ -17,16 +17,17 @@ bool AppState::confirmShown(std::size_t row, std::function<void(core::PipelineOu
     auto pipeline = makePipeline(lang_);
     if (!pipeline) return false;
     reapFinishedTasks();
-    retiredTasks_.push_back(startTracked(
-        [weak = weak_from_this(), queue = &queue_, generation = runGeneration_, shown = *shown, row,
-         language = lang_, pipeline = std::move(pipeline), done = std::move(done)] {
+    retiredTasks_.push_back(
+        startTracked([weak = weak_from_this(), queue = &queue_, generation = runGeneration_,
+                      shown = *shown, diagnostics = diagnostics_, row, language = lang_,
+                      pipeline = std::move(pipeline), done = std::move(done)] {
             std::optional<core::PipelineOutcome> outcome;
             try {
                 outcome = pipeline->carryOutConfirmed(shown, row);
             } catch (const base::Cancelled&) {
                 throw;
             } catch (const std::exception& error) {
-                base::diag::event.line(std::string("confirmed action failed: ") + error.what());
+                diagnostics.event(std::string("confirmed action failed: ") + error.what());
                 outcome = core::PipelineOutcome::error(core::UserFacingError(
                     core::LocalizedStrings::strings(language).genericErrorMessage));
             }

@@ -175,7 +175,8 @@ With --yes it is carried out without asking. With neither, nothing is done, the 
 is printed (--json prints the plan) and the exit status is 3.
 
 Environment:
-  NUVREL_DEBUG_QUERY   run this sentence at start and log the routed slots
+  NUVREL_DEBUG_QUERY   run this sentence once and exit (also instead of the line-by-line
+                       mode), logging the routed slots
   NUVREL_DEBUG_LANG    interface language for this run (en, ko, zh, ja)
   NUVREL_DEBUG_ROUTER_PORT  port of the router's model server (default 8765)
 )";

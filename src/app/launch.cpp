@@ -6,26 +6,30 @@
 #include "answers/web_search_capability.h"
 #include "app/settings_keys.h"
 #include "base/paths.h"
-#include "personal/calendar_capabilities.h"
-#include "platform/linux/detached_timer_center.h"
-#include "platform/linux/vdir_calendar_store.h"
-#include "platform/linux/vdir_reminder_store.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
+#include "personal/calendar_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/linux/detached_timer_center.h"
+#include "platform/linux/vdir_calendar_store.h"
+#include "platform/linux/vdir_reminder_store.h"
+#include "platform/live_llm.h"
 
 namespace nuvrel::app {
 
 LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
-                            std::shared_ptr<base::HttpSession> session, int routerPort) {
-    const auto resolved = llm::resolveModelPath(userDefaults.string(settingsKey::modelFile),
-                                                llm::modelsDirectory(), llm::liveFileExists);
+                            std::shared_ptr<base::HttpSession> session,
+                            const base::Diagnostics& diagnostics, int routerPort) {
+    const auto resolved =
+        llm::resolveModelPath(userDefaults.string(settingsKey::modelFile), llm::modelsDirectory(),
+                              llm::liveFileExists, diagnostics);
     const std::string fileName = resolved.path.filename().string();
     auto manager = std::make_shared<llm::LlamaServerManager>(
         resolved.path, routerPort, session, llm::LlamaServerMode::chat,
-        llm::LlamaServerManager::routerContextSize(fileName));
+        llm::LlamaServerManager::routerContextSize(fileName),
+        platform::liveLlamaServerEnvironment(diagnostics));
     LLMRuntime runtime;
     runtime.manager = manager;
     runtime.isInterimModel = resolved.isInterim;
@@ -35,9 +39,10 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
         return backend;
     };
     runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing");
+        manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing", diagnostics);
     runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary");
+        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary",
+        diagnostics);
     return runtime;
 }
 
@@ -65,11 +70,12 @@ struct PersonalData {
     base::XdgPaths paths;
     std::filesystem::path helperProgram;
 
-    static PersonalData make() {
+    static PersonalData make(const base::Diagnostics& diagnostics) {
         std::error_code error;
         auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-        return {std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar()),
-                platform::SessionBus::connect(), base::XdgPaths::fromEnvironment(), self};
+        return {
+            std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar(), diagnostics),
+            platform::SessionBus::connect(), base::XdgPaths::fromEnvironment(), self};
     }
 };
 
@@ -88,18 +94,18 @@ void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
                           : std::filesystem::path(reminders),
         data.cache);
     pipeline.timerCapability = personal::TimerCapability{
-        pipeline.language,
-        std::make_shared<platform::DetachedTimerCenter>(
-            pipeline.language, data.bus, data.paths.stateHome / "nuvrel" / "timers",
-            data.helperProgram)};
+        pipeline.language, std::make_shared<platform::DetachedTimerCenter>(
+                               pipeline.language, data.bus,
+                               data.paths.stateHome / "nuvrel" / "timers", data.helperProgram)};
 }
 
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
     return [runtime = settings.runtime, defaults = settings.userDefaults,
-            forbidden = settings.networkForbidden, web = makeWebRetrieval(settings),
-            personalData = PersonalData::make()](core::AppLanguage language) {
+            forbidden = settings.networkForbidden, diagnostics = settings.diagnostics,
+            debugSlots = settings.debugSlotsLogging, web = makeWebRetrieval(settings),
+            personalData = PersonalData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -107,11 +113,14 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             runtime->manager->modelPath().filename().string());
         pipeline->language = language;
         pipeline->summarizer = runtime->summaryBackend;
+        pipeline->diagnostics = diagnostics;
+        pipeline->debugSlotsLogging = debugSlots;
         auto webSearch = std::make_shared<answers::WebSearchCapability>();
         webSearch->language = language;
         webSearch->transport = web.transport;
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
+        webSearch->diagnostics = diagnostics;
         addPersonalData(*pipeline, personalData, *defaults);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
             language, pipeline->calendarStore, pipeline->clock);

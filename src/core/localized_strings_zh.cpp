@@ -392,7 +392,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .confirmDeleteRowPromptTemplate = "要删除“%@”吗？[y/N] ",
         .confirmNotCarriedOutMessage = "未执行任何操作：请在终端中确认，或加上 --yes 重新运行。",
         .notificationServiceUnavailableMessage = "此处无法显示通知",
-        .notificationServiceUnavailableRecovery = "计时器需要带有通知服务（D-Bus org.freedesktop.Notifications）的桌面会话。",
+        .notificationServiceUnavailableRecovery =
+            "计时器需要带有通知服务（D-Bus org.freedesktop.Notifications）的桌面会话。",
     };
     return value;
 }

@@ -81,7 +81,7 @@ core::CapabilityResult ReminderCapability::execute(const ReminderCandidate& cand
         } catch (const base::Cancelled&) {
             throw;
         } catch (...) {
-            base::diag::event.line("reminder saved without a notification: none can be shown");
+            diagnostics.event("reminder saved without a notification: none can be shown");
         }
     }
     return core::CapabilityResult::ReminderSet{candidate.title, reminder.alarm};

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/diagnostics.h"
 #include "core/app_language.h"
 #include "core/capability_result.h"
 #include "personal/gregorian_calendar.h"
@@ -29,6 +30,7 @@ struct ReminderCapability {
     Clock clock{};
     // Rings reminders with a time; may be null, and then nothing rings.
     std::shared_ptr<NotificationCenterProviding> notificationCenter{};
+    base::Diagnostics diagnostics{};
 
     // reminderSet with the time it rings, if any. An unresolvable token or no list for new
     // reminders throws capabilityUnavailableMessage; a failed save throws the store's error.

@@ -111,7 +111,7 @@ std::int64_t secondsPer(Unit unit) {
 // An overflow here is a programmer's fault: no spoken duration comes near it.
 std::int64_t checked(bool overflowed, std::int64_t value) {
     if (overflowed) {
-        base::diag::event.line("timer duration overflows 64 bits");
+        base::Diagnostics().event("timer duration overflows 64 bits");
         std::abort();
     }
     return value;

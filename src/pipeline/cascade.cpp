@@ -69,7 +69,7 @@ std::optional<core::PipelineOutcome> Pipeline::runCascade(
 std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput& input) const {
     if (!timerCapability.notificationCenter || !personal::TimerFastPath::matchCancel(input.query))
         return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return timerCapability.cancelAll(); });
 }
 
@@ -77,7 +77,7 @@ std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput& inp
     if (!timerCapability.notificationCenter) return std::nullopt;
     const auto request = personal::TimerFastPath::match(input.query);
     if (!request) return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return timerCapability.execute(*request); });
 }
 
@@ -118,7 +118,7 @@ std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepIn
     if (!reminderStore) return std::nullopt;
     const auto candidate = personal::ReminderDeleteFastPath::match(input.query);
     if (!candidate) return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return reminderCapabilityOf(*this).findCandidates(*candidate); });
 }
 
@@ -126,7 +126,7 @@ std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepIn
     if (!calendarStore) return std::nullopt;
     const auto candidate = personal::CalendarDeleteFastPath::match(input.query);
     if (!candidate) return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, [&] {
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return calendarDeleteCapabilityOf(*this).findCandidates(*candidate);
     });
 }
@@ -147,7 +147,7 @@ std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput& inp
     if (!reminderStore) return std::nullopt;
     const auto candidate = personal::ReminderFastPath::match(input.query);
     if (!candidate) return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return reminderCapabilityOf(*this).execute(*candidate); });
 }
 
@@ -155,7 +155,7 @@ std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput& 
     if (!calendarStore) return std::nullopt;
     const auto candidate = personal::CalendarAddEventFastPath::match(input.query);
     if (!candidate) return std::nullopt;
-    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings,
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return calendarAddCapabilityOf(*this).execute(*candidate); });
 }
 

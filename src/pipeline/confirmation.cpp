@@ -15,7 +15,7 @@ std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::Pip
         if (!capability)
             return core::PipelineOutcome::error(
                 core::UserFacingError(strings.capabilityUnavailableMessage, std::nullopt, false));
-        return outcomeOfCall(ErrorRule::allThroughUserFacing, strings,
+        return outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics,
                              [&] { return capability->execute(*plan); });
     }
     const core::CapabilityResult* card = shown.asResult();
@@ -23,14 +23,14 @@ std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::Pip
     if (const auto* events = card->get<core::CapabilityResult::CalendarDeleteConfirmation>()) {
         if (row >= events->events.size() || !calendarStore) return std::nullopt;
         const std::string identifier = events->events[row].eventIdentifier.value_or("");
-        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, [&] {
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
             return calendarDeleteCapabilityOf(*this).confirmDelete(identifier);
         });
     }
     if (const auto* reminders = card->get<core::CapabilityResult::ReminderDeleteConfirmation>()) {
         if (row >= reminders->reminders.size() || !reminderStore) return std::nullopt;
         const std::string identifier = reminders->reminders[row].identifier;
-        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings,
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                              [&] { return reminderCapabilityOf(*this).confirmDelete(identifier); });
     }
     return std::nullopt;

@@ -10,7 +10,7 @@ namespace nuvrel::pipeline {
 
 inline personal::ReminderCapability reminderCapabilityOf(const Pipeline& pipeline) {
     return {pipeline.language, pipeline.reminderStore, pipeline.clock,
-            pipeline.timerCapability.notificationCenter};
+            pipeline.timerCapability.notificationCenter, pipeline.diagnostics};
 }
 
 inline personal::CalendarAddEventCapability calendarAddCapabilityOf(const Pipeline& pipeline) {

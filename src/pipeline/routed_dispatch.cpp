@@ -47,7 +47,7 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             if (!duration || !timerCapability.notificationCenter) return std::nullopt;
             const auto request = personal::TimerFastPath::request(*duration);
             if (!request) return std::nullopt;
-            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings,
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                                  [&] { return timerCapability.execute(*request); });
         }
         case IntentID::reminderSet: {
@@ -58,7 +58,7 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             const personal::ReminderCandidate candidate{parsed->title, parsed->dateToken,
                                                         parsed->hour, parsed->minute,
                                                         parsed->hasExplicitDateWord};
-            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings,
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                                  [&] { return reminderCapabilityOf(*this).execute(candidate); });
         }
         case IntentID::calendarAdd: {
@@ -69,7 +69,7 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             const personal::CalendarAddEventCandidate candidate{parsed->title, parsed->dateToken,
                                                                 parsed->hour, parsed->minute,
                                                                 parsed->hasExplicitDateWord};
-            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings,
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                                  [&] { return calendarAddCapabilityOf(*this).execute(candidate); });
         }
         case IntentID::noteCreate:

@@ -119,8 +119,8 @@ std::shared_ptr<IcsFile> parseIcs(const std::string& text, const fs::path& path,
     return file;
 }
 
-IcsFolderCache::IcsFolderCache(personal::GregorianCalendar calendar)
-    : calendar_(std::move(calendar)) {}
+IcsFolderCache::IcsFolderCache(personal::GregorianCalendar calendar, base::Diagnostics diagnostics)
+    : calendar_(std::move(calendar)), diagnostics_(std::move(diagnostics)) {}
 
 namespace {
 
@@ -167,8 +167,8 @@ std::vector<std::shared_ptr<const IcsFile>> IcsFolderCache::files(const fs::path
         std::lock_guard lock(mutex_);
         if (!parsed) {
             ++skipped_;
-            base::diag::event.line("skipped an iCalendar file that does not parse: " +
-                                   path.filename().string());
+            diagnostics_.event("skipped an iCalendar file that does not parse: " +
+                               path.filename().string());
         }
         entries_[key] = Entry{fileStamp->first, fileStamp->second, parsed};
         if (parsed) files.push_back(std::move(parsed));

@@ -22,6 +22,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/diagnostics.h"
 #include "personal/gregorian_calendar.h"
 
 namespace nuvrel::platform {
@@ -57,7 +58,8 @@ struct IcsFile {
 
 class IcsFolderCache {
 public:
-    explicit IcsFolderCache(personal::GregorianCalendar calendar);
+    explicit IcsFolderCache(personal::GregorianCalendar calendar,
+                            base::Diagnostics diagnostics = {});
 
     // The parsed ".ics" files of the folder; a missing folder has none.
     std::vector<std::shared_ptr<const IcsFile>> files(const std::filesystem::path& folder);
@@ -77,6 +79,7 @@ private:
     };
 
     personal::GregorianCalendar calendar_;
+    base::Diagnostics diagnostics_;
     mutable std::mutex mutex_;
     std::unordered_map<std::string, Entry> entries_;
     std::unordered_map<std::string, Folder> folders_;
