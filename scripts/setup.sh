@@ -15,7 +15,7 @@ preset=${NUVREL_PRESET:-default}
 packages=(
   g++ cmake ninja-build pkg-config
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
-  libpoppler-cpp-dev libcpp-httplib-dev libglib2.0-dev dbus-daemon
+  libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 

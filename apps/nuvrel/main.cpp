@@ -19,6 +19,7 @@
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "platform/linux/detached_timer_center.h"
 #include "platform/linux/geoclue_location_provider.h"
 
 extern char** environ;
@@ -76,6 +77,12 @@ int routerPort() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A pending timer: this program run again, detached, by the timer notification centre.
+    if (argc > 1 && argv[1] == platform::timerHelperVerb) {
+        return platform::runTimerHelper(
+            std::vector<std::string>(argv + 2, argv + argc),
+            base::XdgPaths::fromEnvironment().stateHome / "nuvrel" / "timers");
+    }
     const auto parsed = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (const auto* error = std::get_if<app::UsageError>(&parsed)) {
         std::cerr << "nuvrel: " << error->message << "\n\n" << app::usageText();
@@ -146,6 +153,7 @@ int main(int argc, char** argv) {
     const SignalWatcher watcher(signals, queue, session);
 
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    session.setConfirmationPolicy({command.options.yes, terminal ? &std::cin : nullptr});
     const int status = command.verb == app::CommandLine::Verb::ask
                            ? session.ask(command.options.sentence)
                            : session.interactive(std::cin, terminal);

@@ -153,6 +153,13 @@ public:
     // Return in the field: opens the selected row when the query is unchanged and the card
     // has one, else runs the field's text.
     void submitSearchOrActivateRow();
+    // The confirming action of the outcome on show (the panel's confirm button or a row's
+    // delete button): carries out the plan of a `confirm`, or row `row` of a delete
+    // confirmation card, on a task of its own, and hands the outcome to `done` on the main
+    // thread. The card stays on show. Nothing happens, and `done` is never called, when the
+    // outcome asks for no confirmation or a newer run has started meanwhile. False when
+    // nothing was started.
+    bool confirmShown(std::size_t row, std::function<void(core::PipelineOutcome)> done);
 
     // Settings actions.
     void selectModel(const std::string& fileName);

@@ -78,6 +78,8 @@ std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std
             options.json = true;
         } else if (arg == "--no-network") {
             options.noNetwork = true;
+        } else if (arg == "--yes") {
+            options.yes = true;
         } else if (isOption(arg, "--lang")) {
             if (auto error = parseLanguage(args, i, options.language)) return error;
         } else {
@@ -158,11 +160,19 @@ Options:
   --lang en|ko|zh|ja   interface language (default: the saved setting, else the system's)
   --json               print the outcome as one JSON object
   --no-network         do not use web search, weather or currency for this run
+  --yes                carry out what asks for confirmation (deleting an event, a
+                       reminder, a note or a file; sending a message) without asking
   --                   end of options: what follows is the sentence ("-2^2")
   --limit N            netlog: show at most N requests, newest first (default 50)
 
-Exit status: 0 for a result, 1 for an error, 2 for bad usage, 130 when cancelled.
+Exit status: 0 for a result, 1 for an error, 2 for bad usage, 3 when something that
+needs confirmation was not carried out, 130 when cancelled.
 Ctrl-C cancels the running sentence; a second Ctrl-C quits.
+
+Confirmation: a deletion or a message is shown first. On a terminal nuvrel asks
+"[y/N]" for each item; only "y" or "yes" (or 예, 네, 是, 好, はい) carries it out.
+With --yes it is carried out without asking. With neither, nothing is done, the card
+is printed (--json prints the plan) and the exit status is 3.
 
 Environment:
   NUVREL_DEBUG_QUERY   run this sentence once and exit (also instead of the line-by-line

@@ -15,6 +15,8 @@ struct AskOptions {
     std::optional<core::AppLanguage> language;
     bool json = false;
     bool noNetwork = false;
+    // Confirms what asks for confirmation without asking (for scripts).
+    bool yes = false;
     std::string sentence;  // the words joined by one blank, NFC
 };
 
@@ -27,7 +29,7 @@ struct NetlogOptions {
 struct CommandLine {
     enum class Verb { ask, interactive, netlog, installServer, help, version };
     Verb verb = Verb::interactive;
-    AskOptions options;  // ask; interactive takes --lang, --json and --no-network too
+    AskOptions options;  // ask; interactive takes --lang, --json, --no-network and --yes too
     NetlogOptions netlog;
 };
 

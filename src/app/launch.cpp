@@ -7,11 +7,16 @@
 #include "app/information_wiring.h"
 #include "app/model_backends.h"
 #include "app/settings_keys.h"
+#include "base/paths.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
+#include "personal/calendar_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/linux/detached_timer_center.h"
+#include "platform/linux/vdir_calendar_store.h"
+#include "platform/linux/vdir_reminder_store.h"
 #include "platform/live_llm.h"
 #include "platform/posix/document_files.h"
 
@@ -71,6 +76,43 @@ WebRetrieval makeWebRetrieval(const LaunchSettings& settings,
                                                    .endpoints = settings.webEndpoints});
 }
 
+// The user's calendars, reminders and timers on this machine, made once per process: the
+// parsed-file cache and the bus connection serve every run.
+struct PersonalData {
+    std::shared_ptr<platform::IcsFolderCache> cache;
+    std::shared_ptr<platform::SessionBus> bus;
+    base::XdgPaths paths;
+    std::filesystem::path helperProgram;
+
+    static PersonalData make(const base::Diagnostics& diagnostics) {
+        std::error_code error;
+        auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+        return {
+            std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar(), diagnostics),
+            platform::SessionBus::connect(), base::XdgPaths::fromEnvironment(), self};
+    }
+};
+
+void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
+                     const SettingsStoring& defaults) {
+    const auto setting = [&](std::string_view key) { return defaults.string(key).value_or(""); };
+    pipeline.clock = personal::Clock{};
+    pipeline.calendarStore = std::make_shared<platform::VdirCalendarStore>(
+        platform::calendarFoldersFromSettings(data.paths.dataHome,
+                                              setting(settingsKey::calendarFolders),
+                                              setting(settingsKey::newEventCalendarFolder)),
+        data.cache);
+    const std::string reminders = setting(settingsKey::reminderFolder);
+    pipeline.reminderStore = std::make_shared<platform::VdirReminderStore>(
+        reminders.empty() ? data.paths.dataHome / "nuvrel" / "reminders" / "personal"
+                          : std::filesystem::path(reminders),
+        data.cache);
+    pipeline.timerCapability = personal::TimerCapability{
+        pipeline.language, std::make_shared<platform::DetachedTimerCenter>(
+                               pipeline.language, data.bus,
+                               data.paths.stateHome / "nuvrel" / "timers", data.helperProgram)};
+}
+
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
@@ -81,7 +123,8 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             debugSlots = settings.debugSlotsLogging, location = settings.locationProvider,
             information =
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
-            web = makeWebRetrieval(settings, session, log)](core::AppLanguage language) {
+            web = makeWebRetrieval(settings, session, log),
+            personalData = PersonalData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -100,7 +143,10 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         if (runtime->embeddingBackend)
             webSearch->embeddingBackend =
                 std::make_shared<EmbeddingBackendAdapter>(runtime->embeddingBackend);
-        pipeline->registry = core::CapabilityRegistry({webSearch});
+        addPersonalData(*pipeline, personalData, *defaults);
+        auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
+            language, pipeline->calendarStore, pipeline->clock);
+        pipeline->registry = core::CapabilityRegistry({webSearch, calendarQuery});
         pipeline->informationServices = information;
         pipeline->weatherLocationProvider = location;
         pipeline->findDocument = [](std::string_view name) {

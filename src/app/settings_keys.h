@@ -25,6 +25,11 @@ inline constexpr std::string_view hasCompletedFirstQuery = "hasCompletedFirstQue
 inline constexpr std::string_view modelDownloadedOnFirstRun = "modelDownloadedOnFirstRun";
 inline constexpr std::string_view modelUpdateLastCheck = "modelUpdateLastCheck";
 inline constexpr std::string_view onDevice = "onDevice";  // boolean, written true at every start
+// Calendar and reminder folders (vdir, one ".ics" per item); text, empty or absent for the
+// folders under $XDG_DATA_HOME/nuvrel/.
+inline constexpr std::string_view calendarFolders = "calendarFolders";  // ":"-separated paths
+inline constexpr std::string_view newEventCalendarFolder = "newEventCalendarFolder";
+inline constexpr std::string_view reminderFolder = "reminderFolder";
 
 // Option+Space.
 inline constexpr std::uint32_t defaultHotkeyKeyCode = 49;

@@ -1,9 +1,11 @@
 #include "app/terminal_session.h"
 
+#include <algorithm>
 #include <istream>
 #include <ostream>
 
 #include "app/card_text.h"
+#include "app/confirmation_rows.h"
 #include "app/outcome_json.h"
 #include "base/text.h"
 #include "core/localized_strings.h"
@@ -46,7 +48,62 @@ int TerminalSession::ask(std::string_view sentence) {
     state_->run(sentence);
     queue_.runUntil([&] { return state_->isSettled() || quitRequested_; });
     running_ = false;
-    return printSettled();
+    const int status = printSettled();
+    const core::PipelineOutcome* shown = state_->phase().asResult();
+    if (quitRequested_ || !shown || confirmationRowCount(*shown) == 0) return status;
+    return settleConfirmation(*shown, status);
+}
+
+bool TerminalSession::userSaysYes(const std::string& prompt) {
+    // Any of the four interface languages' yes words counts, whatever the interface language.
+    static const std::vector<std::string> yesWords = {"y",  "yes",  "예", "네",   "응",
+                                                      "是", "是的", "好", "はい", "うん"};
+    out_ << prompt << std::flush;
+    std::string line;
+    readingInput_ = true;
+    const bool read = static_cast<bool>(std::getline(*confirmation_.answers, line));
+    readingInput_ = false;
+    if (!read) return false;
+    const std::string answer = base::text::lower(base::text::nfc(base::text::trim(line)));
+    return std::find(yesWords.begin(), yesWords.end(), answer) != yesWords.end();
+}
+
+int TerminalSession::settleConfirmation(const core::PipelineOutcome& pending, int status) {
+    const auto& strings = core::LocalizedStrings::strings(state_->lang());
+    // The card may change under us once rows are carried out; work on its copy.
+    const core::PipelineOutcome shown = pending;
+    if (!confirmation_.confirmAll && !confirmation_.answers) {
+        if (!json_) out_ << strings.confirmNotCarriedOutMessage << '\n';
+        return exitNotConfirmed;
+    }
+    bool anyDeclined = false;
+    for (std::size_t row = 0; row < confirmationRowCount(shown) && !quitRequested_; ++row) {
+        if (!confirmation_.confirmAll) {
+            const std::string title = confirmationRowTitle(shown, row);
+            const std::string prompt =
+                shown.asConfirm()
+                    ? std::string(strings.confirmPlanPrompt)
+                    : base::text::replaceAll(strings.confirmDeleteRowPromptTemplate, "%@", title);
+            if (!userSaysYes(prompt)) {
+                anyDeclined = true;
+                continue;
+            }
+        }
+        std::optional<core::PipelineOutcome> outcome;
+        running_ = true;
+        const bool started = state_->confirmShown(
+            row, [&](core::PipelineOutcome done) { outcome = std::move(done); });
+        queue_.runUntil(
+            [&] { return !started || outcome || quitRequested_ || state_->tasksInFlight() == 0; });
+        running_ = false;
+        if (!outcome) continue;
+        if (json_)
+            out_ << outcomeJSON(*outcome).dump() << '\n';
+        else
+            out_ << cardText(*outcome, strings);
+        if (exitStatusOf(*outcome) != exitResult) status = exitStatusOf(*outcome);
+    }
+    return anyDeclined && status == exitResult ? exitNotConfirmed : status;
 }
 
 int TerminalSession::printSettled() {

@@ -13,15 +13,32 @@
 
 namespace nuvrel::app {
 
-enum ExitStatus : int { exitResult = 0, exitError = 1, exitUsage = 2, exitCancelled = 130 };
+enum ExitStatus : int {
+    exitResult = 0,
+    exitError = 1,
+    exitUsage = 2,
+    // Something asked for confirmation and was not carried out.
+    exitNotConfirmed = 3,
+    exitCancelled = 130,
+};
+
+// How an outcome that asks for confirmation is answered.
+struct ConfirmationPolicy {
+    // --yes: every row is confirmed without asking.
+    bool confirmAll = false;
+    // A terminal to ask on ("[y/N]" for each row); null when there is none.
+    std::istream* answers = nullptr;
+};
 
 class TerminalSession {
 public:
     TerminalSession(base::MainQueue& queue, std::shared_ptr<AppState> state, std::ostream& out,
                     bool json);
 
-    // Runs one sentence to its end and prints it. Runs on the main thread.
+    // Runs one sentence to its end and prints it, then settles what it asks to confirm.
+    // Runs on the main thread.
     int ask(std::string_view sentence);
+    void setConfirmationPolicy(ConfirmationPolicy policy) { confirmation_ = policy; }
     // Answers each line of `in` until its end or a quit; prompts when `prompt` is set.
     int interactive(std::istream& in, bool prompt);
 
@@ -35,11 +52,16 @@ public:
 
 private:
     int printSettled();
+    // Asks for, or takes, the user's word on each row of the outcome on show and prints what
+    // each confirmed row gave. The status of the whole ask.
+    int settleConfirmation(const core::PipelineOutcome& shown, int status);
+    bool userSaysYes(const std::string& prompt);
 
     base::MainQueue& queue_;
     std::shared_ptr<AppState> state_;
     std::ostream& out_;
     const bool json_;
+    ConfirmationPolicy confirmation_{};
     bool running_ = false;
     bool cancelRequested_ = false;
     bool quitRequested_ = false;

@@ -355,7 +355,12 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(automationFailedRecovery)                    \
     TEXT(webAnswerNoResultsMessage)                   \
     TEXT(netlogLocalCallsNote)                        \
-    TEXT(netlogLogFileTemplate)
+    TEXT(netlogLogFileTemplate)                       \
+    TEXT(confirmPlanPrompt)                           \
+    TEXT(confirmDeleteRowPromptTemplate)              \
+    TEXT(confirmNotCarriedOutMessage)                 \
+    TEXT(notificationServiceUnavailableMessage)       \
+    TEXT(notificationServiceUnavailableRecovery)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

@@ -365,6 +365,11 @@ const LocalizedStrings& LocalizedStrings::en() {
         .webAnswerNoResultsMessage = "No web results found. Try different words.",
         .netlogLocalCallsNote = "Calls to the local model server stay on this computer and are not listed.",
         .netlogLogFileTemplate = "Log file: %@",
+        .confirmPlanPrompt = "Go ahead? [y/N] ",
+        .confirmDeleteRowPromptTemplate = "Delete “%@”? [y/N] ",
+        .confirmNotCarriedOutMessage = "Nothing was done: confirm on a terminal, or run again with --yes.",
+        .notificationServiceUnavailableMessage = "Can't show notifications here",
+        .notificationServiceUnavailableRecovery = "Timers need a desktop session with a notification service (D-Bus org.freedesktop.Notifications).",
     };
     // clang-format on
     return value;

@@ -436,6 +436,14 @@ const LocalizedStrings& LocalizedStrings::ja() {
             "ローカルのモデルサーバーとの通信はこのコンピューター内で完結するため、表示されません"
             "。",
         .netlogLogFileTemplate = "ログファイル：%@",
+        .confirmPlanPrompt = "実行しますか？ [y/N] ",
+        .confirmDeleteRowPromptTemplate = "「%@」を削除しますか？ [y/N] ",
+        .confirmNotCarriedOutMessage =
+            "何も実行していません。ターミナルで確認するか、--yes を付けて再実行してください。",
+        .notificationServiceUnavailableMessage = "ここでは通知を表示できません",
+        .notificationServiceUnavailableRecovery =
+            "タイマーには通知サービス（D-Bus "
+            "org.freedesktop.Notifications）のあるデスクトップセッションが必要です。",
     };
     return value;
 }

@@ -420,6 +420,14 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .netlogLocalCallsNote =
             "로컬 모델 서버와의 통신은 이 컴퓨터 안에서만 이루어지므로 목록에 표시되지 않습니다.",
         .netlogLogFileTemplate = "로그 파일: %@",
+        .confirmPlanPrompt = "실행할까요? [y/N] ",
+        .confirmDeleteRowPromptTemplate = "“%@”을(를) 삭제할까요? [y/N] ",
+        .confirmNotCarriedOutMessage =
+            "아무것도 하지 않았습니다. 터미널에서 확인하거나 --yes를 붙여 다시 실행하세요.",
+        .notificationServiceUnavailableMessage = "여기서는 알림을 표시할 수 없습니다",
+        .notificationServiceUnavailableRecovery =
+            "타이머를 쓰려면 알림 서비스(D-Bus org.freedesktop.Notifications)가 있는 데스크톱 "
+            "세션이 필요합니다.",
     };
     return value;
 }

@@ -387,6 +387,12 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .webAnswerNoResultsMessage = "未找到网页结果。请换个说法试试。",
         .netlogLocalCallsNote = "对本地模型服务器的调用不会离开这台电脑，因此不会列出。",
         .netlogLogFileTemplate = "日志文件：%@",
+        .confirmPlanPrompt = "要执行吗？[y/N] ",
+        .confirmDeleteRowPromptTemplate = "要删除“%@”吗？[y/N] ",
+        .confirmNotCarriedOutMessage = "未执行任何操作：请在终端中确认，或加上 --yes 重新运行。",
+        .notificationServiceUnavailableMessage = "此处无法显示通知",
+        .notificationServiceUnavailableRecovery =
+            "计时器需要带有通知服务（D-Bus org.freedesktop.Notifications）的桌面会话。",
     };
     return value;
 }

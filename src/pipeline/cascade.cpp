@@ -11,9 +11,13 @@
 #include "answers/translate_capability.h"
 #include "answers/weather_capability.h"
 #include "core/capability_result.h"
+#include "personal/calendar_fast_path.h"
+#include "personal/reminder_fast_path.h"
+#include "personal/timer_fast_path.h"
 #include "pipeline/currency_fast_path.h"
 #include "pipeline/document_summarize_fast_path.h"
 #include "pipeline/help_fast_path.h"
+#include "pipeline/personal_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/translate_fast_path.h"
 #include "pipeline/user_facing.h"
@@ -70,12 +74,19 @@ std::optional<core::PipelineOutcome> Pipeline::runCascade(
 
 // Steps whose feature has not landed match nothing yet.
 
-std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput& input) const {
+    if (!timerCapability.notificationCenter || !personal::TimerFastPath::matchCancel(input.query))
+        return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return timerCapability.cancelAll(); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput& input) const {
+    if (!timerCapability.notificationCenter) return std::nullopt;
+    const auto request = personal::TimerFastPath::match(input.query);
+    if (!request) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return timerCapability.execute(*request); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::calculatorStep(const StepInput& input) const {
@@ -139,12 +150,21 @@ std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput& input) const {
+    if (!reminderStore) return std::nullopt;
+    const auto candidate = personal::ReminderDeleteFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return reminderCapabilityOf(*this).findCandidates(*candidate); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepInput& input) const {
+    if (!calendarStore) return std::nullopt;
+    const auto candidate = personal::CalendarDeleteFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return calendarDeleteCapabilityOf(*this).findCandidates(*candidate);
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&) const {
@@ -159,12 +179,20 @@ std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput&) 
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput& input) const {
+    if (!reminderStore) return std::nullopt;
+    const auto candidate = personal::ReminderFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return reminderCapabilityOf(*this).execute(*candidate); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput& input) const {
+    if (!calendarStore) return std::nullopt;
+    const auto candidate = personal::CalendarAddEventFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return calendarAddCapabilityOf(*this).execute(*candidate); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput&) const {

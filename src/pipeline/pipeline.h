@@ -32,6 +32,10 @@
 #include "core/routed_intent.h"
 #include "core/slot_value.h"
 #include "llm/llm_backend.h"
+#include "personal/calendar_store.h"
+#include "personal/gregorian_calendar.h"
+#include "personal/reminder_store.h"
+#include "personal/timer_capability.h"
 #include "pipeline/date_time_expression.h"
 #include "pipeline/pipeline_running.h"
 #include "pipeline/router.h"
@@ -41,14 +45,16 @@ namespace nuvrel::pipeline {
 class Pipeline : public PipelineRunning {
 public:
     // Fields in declared order. The validator has no state and is called as a namespace.
-    // Still to come with their features: timerCapability (after `language`),
-    // clipboardHistoryStore (after `summarizer`), notesCapability
-    // (after `liveFastPathsEnabled`).
+    // Still to come with their features: clipboardHistoryStore (after `summarizer`) and
+    // notesCapability (after `liveFastPathsEnabled`).
     Router router{};
     // The plan-driven capabilities; also the finder of the file-search fast path.
     core::CapabilityRegistry registry{};
     // Picks the strings of every message.
     core::AppLanguage language = core::AppLanguage::en;
+    // Timers as pending notifications; without a notification centre the timer steps let
+    // every query go on.
+    personal::TimerCapability timerCapability{};
     // The summary model, if any: splits chains, summarises documents, translates.
     std::shared_ptr<llm::LLMBackend> summarizer{};
     // Opens a web address in the default browser.
@@ -58,6 +64,11 @@ public:
     // False turns off every fast path that touches the outside world, leaving the pure ones
     // and the router.
     bool liveFastPathsEnabled = true;
+    // The user's calendars and reminders; without a store its steps let every query go on.
+    std::shared_ptr<personal::CalendarStore> calendarStore{};
+    std::shared_ptr<personal::ReminderStore> reminderStore{};
+    // "Now" and the user's calendar, for every date the personal steps compute.
+    personal::Clock clock{};
     // Where diagnostic lines go.
     base::Diagnostics diagnostics{};
     // Writes each routed intent with its slots as a "[nuvrel-debug-slots] " line, for headless
@@ -81,6 +92,11 @@ public:
     // The steps of a multi-request sentence, split by the summary model in this pipeline's
     // language; nothing for a single request or without a summary model.
     std::optional<std::vector<std::string>> decomposeIfChain(std::string_view query) const override;
+
+    // The plan of a `confirm` outcome, or the event or reminder of a row of a delete
+    // confirmation card, carried out as the panel's confirm button would.
+    std::optional<core::PipelineOutcome> carryOutConfirmed(const core::PipelineOutcome& shown,
+                                                           std::size_t row) const override;
 
     // Serves the routed intents that act without a plan. An outcome ends the run; nothing hands
     // the intent on to the validator. Tests the task's stop request first. Never throws.

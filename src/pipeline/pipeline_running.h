@@ -2,6 +2,7 @@
 // What run control needs of a pipeline. `Pipeline` is the production form; tests of the
 // shell script their own.
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,13 @@ public:
     // base::Cancelled.
     virtual std::optional<std::vector<std::string>> decomposeIfChain(
         std::string_view query) const = 0;
+    // Carries out what the user confirmed on a shown outcome: the plan of a `confirm`, or row
+    // `row` of a delete confirmation card. Nothing when that outcome asks for no confirmation
+    // (or the row does not exist). Blocks on the caller's task; never throws.
+    virtual std::optional<core::PipelineOutcome> carryOutConfirmed(
+        const core::PipelineOutcome& /*shown*/, std::size_t /*row*/) const {
+        return std::nullopt;
+    }
 };
 
 }  // namespace nuvrel::pipeline

@@ -9,6 +9,8 @@
 #include "base/cancellation.h"
 #include "base/regex.h"
 #include "base/text.h"
+#include "personal/timer_fast_path.h"
+#include "pipeline/personal_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/user_facing.h"
 #include "pipeline/validator.h"
@@ -51,7 +53,7 @@ std::optional<core::PipelineOutcome> Pipeline::routedWeather(
 }
 
 std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
-    const core::RoutedIntent& routed, std::string_view /*query*/,
+    const core::RoutedIntent& routed, std::string_view query,
     const core::LocalizedStrings& strings) const {
     if (base::isCancelled()) return core::PipelineOutcome::cancelled();
 
@@ -70,10 +72,37 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
                 });
             }
             return std::nullopt;
-        case IntentID::timerSet:
-        case IntentID::reminderSet:
+        case IntentID::timerSet: {
+            const auto duration = Validator::stringSlot(routed.slots, "duration");
+            if (!duration || !timerCapability.notificationCenter) return std::nullopt;
+            const auto request = personal::TimerFastPath::request(*duration);
+            if (!request) return std::nullopt;
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                 [&] { return timerCapability.execute(*request); });
+        }
+        case IntentID::reminderSet: {
+            if (!reminderStore) return std::nullopt;
+            const auto parsed =
+                parsedDateTimeSlots(routed.slots, query, personal::DateTimeExpressionParser::parse);
+            if (!parsed) return std::nullopt;
+            const personal::ReminderCandidate candidate{parsed->title, parsed->dateToken,
+                                                        parsed->hour, parsed->minute,
+                                                        parsed->hasExplicitDateWord};
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                 [&] { return reminderCapabilityOf(*this).execute(candidate); });
+        }
+        case IntentID::calendarAdd: {
+            if (!calendarStore) return std::nullopt;
+            const auto parsed =
+                parsedDateTimeSlots(routed.slots, query, personal::DateTimeExpressionParser::parse);
+            if (!parsed) return std::nullopt;
+            const personal::CalendarAddEventCandidate candidate{parsed->title, parsed->dateToken,
+                                                                parsed->hour, parsed->minute,
+                                                                parsed->hasExplicitDateWord};
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                 [&] { return calendarAddCapabilityOf(*this).execute(candidate); });
+        }
         case IntentID::noteCreate:
-        case IntentID::calendarAdd:
         case IntentID::windowManage:
         case IntentID::appLaunch:
             // These act once their features land; until then the validator's web fallback

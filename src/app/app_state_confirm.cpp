@@ -1,0 +1,44 @@
+// The confirming action of the outcome on show, on a task of its own, so that a slow store
+// never blocks the main thread.
+
+#include <utility>
+
+#include "app/app_state.h"
+#include "app/confirmation_rows.h"
+#include "base/diagnostics.h"
+#include "core/localized_strings.h"
+
+namespace nuvrel::app {
+
+bool AppState::confirmShown(std::size_t row, std::function<void(core::PipelineOutcome)> done) {
+    requireMainThread();
+    const core::PipelineOutcome* shown = phase_.asResult();
+    if (!shown || row >= confirmationRowCount(*shown) || !makePipeline) return false;
+    auto pipeline = makePipeline(lang_);
+    if (!pipeline) return false;
+    reapFinishedTasks();
+    retiredTasks_.push_back(
+        startTracked([weak = weak_from_this(), queue = &queue_, generation = runGeneration_,
+                      shown = *shown, diagnostics = diagnostics_, row, language = lang_,
+                      pipeline = std::move(pipeline), done = std::move(done)] {
+            std::optional<core::PipelineOutcome> outcome;
+            try {
+                outcome = pipeline->carryOutConfirmed(shown, row);
+            } catch (const base::Cancelled&) {
+                throw;
+            } catch (const std::exception& error) {
+                diagnostics.event(std::string("confirmed action failed: ") + error.what());
+                outcome = core::PipelineOutcome::error(core::UserFacingError(
+                    core::LocalizedStrings::strings(language).genericErrorMessage));
+            }
+            if (!outcome) return;
+            queue->runSync([&] {
+                auto state = weak.lock();
+                if (state && state->runGeneration_ == generation) done(std::move(*outcome));
+                return true;
+            });
+        }));
+    return true;
+}
+
+}  // namespace nuvrel::app
