@@ -2,6 +2,7 @@
 // Assembles what the program needs to answer a sentence: the HTTP session, the local model
 // backends and the function that makes a pipeline for each run from the current settings.
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,10 @@ struct LLMRuntime {
     static LLMRuntime make(const SettingsStoring& userDefaults,
                            std::shared_ptr<base::HttpSession> session,
                            int routerPort = llm::routerServerPort);
+    // The same for a given model file, as a model switch needs it.
+    static LLMRuntime forModel(const std::filesystem::path& modelPath, bool isInterim,
+                               std::shared_ptr<base::HttpSession> session,
+                               int routerPort = llm::routerServerPort);
     void stopServers() const;
 };
 

@@ -21,6 +21,10 @@ inline constexpr std::string_view hasCompletedFirstQuery = "hasCompletedFirstQue
 inline constexpr std::string_view modelDownloadedOnFirstRun = "modelDownloadedOnFirstRun";
 inline constexpr std::string_view modelUpdateLastCheck = "modelUpdateLastCheck";
 inline constexpr std::string_view onDevice = "onDevice";  // boolean, written true at every start
+// A base URL whose scheme, host and port replace those of the model and manifest addresses.
+inline constexpr std::string_view modelMirror = "modelMirror";  // text
+// The update last offered, as its manifest entry (JSON text); kept until the user acts on it.
+inline constexpr std::string_view modelUpdateOffer = "modelUpdateOffer";  // text
 
 // Option+Space.
 inline constexpr std::uint32_t defaultHotkeyKeyCode = 49;
