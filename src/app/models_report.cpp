@@ -116,7 +116,7 @@ std::string fill(std::string_view templ, std::initializer_list<std::string_view>
     std::string out(templ);
     std::size_t index = 1;
     for (const auto value : values) {
-        for (const std::string placeholder :
+        for (const std::string& placeholder :
              {"%" + std::to_string(index) + "$@", std::string("%@")}) {
             if (const auto at = out.find(placeholder); at != std::string::npos) {
                 out.replace(at, placeholder.size(), value);

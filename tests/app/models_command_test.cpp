@@ -52,7 +52,8 @@ std::string digestOf(const std::string& bytes) {
     unsigned char digest[SHA256_DIGEST_LENGTH];
     SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), digest);
     std::string hex;
-    for (unsigned char byte : digest) hex += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+    for (unsigned char byte : digest)
+        hex += {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
     return hex;
 }
 
@@ -63,7 +64,8 @@ void writeSettings(const Json& settings) {
 TEST(ModelsCommandLine, VerbsAndTheirOptions) {
     const auto parse = [](std::vector<std::string> args) { return parseCommandLine(args); };
     const std::string hex(64, 'a');
-    const auto install = parse({"models", "install", "https://h/x.gguf", "--sha256", hex, "--as=y.gguf"});
+    const auto install =
+        parse({"models", "install", "https://h/x.gguf", "--sha256", hex, "--as=y.gguf"});
     const auto& options = std::get<CommandLine>(install).models;
     EXPECT_EQ(options.action, ModelsOptions::Action::install);
     EXPECT_EQ(options.target, "https://h/x.gguf");
@@ -90,15 +92,15 @@ TEST(ModelsCommand, InstallFromAnAddressListAndRemove) {
     test::RangeFileServer host(file);
     const auto models = base::XdgPaths::fromEnvironment().modelsDirectory();
 
-    const auto refused = nuvrel({"models", "install", host.url(), "--sha256",
-                                 digestOf("other"), "--as", "mine.gguf", "--json"});
+    const auto refused = nuvrel({"models", "install", host.url(), "--sha256", digestOf("other"),
+                                 "--as", "mine.gguf", "--json"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.json()["error"]["kind"], "download") << refused.output;
     EXPECT_NE(refused.output.find(digestOf(*file)), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(models));
 
-    const auto done = nuvrel({"models", "install", host.url(), "--sha256", digestOf(*file),
-                              "--as", "mine.gguf", "--json"});
+    const auto done = nuvrel({"models", "install", host.url(), "--sha256", digestOf(*file), "--as",
+                              "mine.gguf", "--json"});
     ASSERT_EQ(done.status, 0) << done.output;
     EXPECT_EQ(base::readFile(models / "mine.gguf"), *file);
 
@@ -108,7 +110,7 @@ TEST(ModelsCommand, InstallFromAnAddressListAndRemove) {
     EXPECT_EQ(rows[3]["fileName"], "mine.gguf");
     EXPECT_EQ(rows[3]["installed"], true);
     EXPECT_EQ(rows[3]["inUse"], true);
-    EXPECT_EQ(rows[0]["recommended"], true);
+    EXPECT_NE(rows[0]["recommended"], rows[1]["recommended"]);  // one router, by the memory
 
     EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf"}).status, 1);
     EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf", "--force"}).status, 0);
@@ -120,11 +122,12 @@ TEST(ModelsCommand, InstallFromAnAddressListAndRemove) {
 TEST(ModelsCommand, MirrorServesTheCatalogAndTheUpdateOffer) {
     test::TemporaryHome home;
     const auto file = ggufBytes(1 << 20);
-    const Json manifest = {{"router",
-                            {{"fileName", "nuvrel-nano-router-v6-q4_k_m.gguf"},
-                             {"url", "https://models.nuvrel.app/v1/nuvrel-nano-router-v6-q4_k_m.gguf"},
-                             {"sizeBytes", file->size()},
-                             {"sha256", digestOf(*file)}}}};
+    const Json manifest = {
+        {"router",
+         {{"fileName", "nuvrel-nano-router-v6-q4_k_m.gguf"},
+          {"url", "https://models.nuvrel.app/v1/nuvrel-nano-router-v6-q4_k_m.gguf"},
+          {"sizeBytes", file->size()},
+          {"sha256", digestOf(*file)}}}};
     test::RangeFileServer mirror(file, "127.0.0.2", [&](httplib::Server& server) {
         server.Get("/v1/manifest.json", [&](const httplib::Request&, httplib::Response& response) {
             response.set_content(manifest.dump(), "application/json");
