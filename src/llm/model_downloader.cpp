@@ -234,6 +234,7 @@ private:
             std::size_t frontier = 0;
             bool writing = false;
             bool failed = false;
+            bool sealed = false;
             std::map<std::size_t, std::string> ready;
         } shared;
 
@@ -250,10 +251,11 @@ private:
         const auto deliver = [&](std::size_t index, std::string bytes) {
             std::unique_lock lock(shared.mutex);
             shared.ready.emplace(index, std::move(bytes));
-            if (shared.writing) return;
+            if (shared.writing || shared.failed) return;
             shared.writing = true;
             try {
-                while (!shared.ready.empty() && shared.ready.begin()->first == shared.frontier) {
+                while (!shared.failed && !shared.ready.empty() &&
+                       shared.ready.begin()->first == shared.frontier) {
                     auto node = shared.ready.extract(shared.ready.begin());
                     lock.unlock();
                     sink.append(node.mapped());
@@ -263,28 +265,44 @@ private:
                 }
             } catch (...) {
                 if (!lock.owns_lock()) lock.lock();
+                shared.sealed = true;  // the file takes nothing more
                 shared.writing = false;
                 throw;
             }
             shared.writing = false;
             shared.changed.notify_all();
         };
-        const auto fail = [&] {
-            std::lock_guard lock(shared.mutex);
+        // After a failure or a stop, what the piece at the frontier received continues the
+        // staging file byte for byte: it is kept for the next attempt.
+        const auto fail = [&](std::optional<std::size_t> index, const std::string& partial) {
+            std::unique_lock lock(shared.mutex);
             shared.failed = true;
             shared.changed.notify_all();
+            if (shared.sealed || shared.writing || index != shared.frontier || partial.empty())
+                return;
+            shared.sealed = true;
+            lock.unlock();
+            try {
+                sink.append(partial);
+            } catch (const std::exception&) {
+                // Already failing; whatever part of it landed is still a valid prefix.
+            }
         };
 
         base::TaskGroup<bool> workers;
         const std::size_t count = std::min(settings_.connections, pieces.size());
         for (std::size_t w = 0; w < count; ++w) {
             workers.add([&] {
+                std::optional<std::size_t> index;
+                std::string bytes;
                 try {
-                    while (const auto index = claim()) {
-                        deliver(*index, fetchPiece(*index, pieces[*index], length, tracker));
+                    while ((index = claim())) {
+                        fetchPiece(*index, pieces[*index], length, tracker, bytes);
+                        deliver(*index, std::move(bytes));
+                        bytes = std::string();
                     }
                 } catch (...) {
-                    fail();
+                    fail(index, bytes);
                     throw;
                 }
                 return true;
@@ -294,11 +312,10 @@ private:
         written_ = length;
     }
 
-    std::string fetchPiece(std::size_t index, std::pair<std::uint64_t, std::uint64_t> range,
-                           std::uint64_t length, MultiChunkProgressTracker& tracker) {
+    void fetchPiece(std::size_t index, std::pair<std::uint64_t, std::uint64_t> range,
+                    std::uint64_t length, MultiChunkProgressTracker& tracker, std::string& bytes) {
         const std::string label = "chunk " + std::to_string(index) + ": ";
         const std::uint64_t expected = range.second - range.first + 1;
-        std::string bytes;
         bytes.reserve(expected);
         const auto onHead = [&](const base::HttpResponse& response) {
             if (response.status == 200)
@@ -327,7 +344,6 @@ private:
                                                      std::to_string(bytes.size()) + " of " +
                                                      std::to_string(expected) + " bytes");
         }
-        return bytes;
     }
 
     const DownloadSettings& settings_;

@@ -87,7 +87,7 @@ struct DownloadSettings {
     AvailableSpaceFn availableSpace = platform::liveAvailableSpace;
     // Large files: ranges of this size, this many at once, and at most this many ranges held
     // in memory ahead of the digest (pieceBytes times windowPieces of memory at most).
-    std::uint64_t pieceBytes = 8'388'608;
+    std::uint64_t pieceBytes = 4'194'304;
     std::size_t connections = 4;
     std::size_t windowPieces = 8;
     // No byte for this long fails the transfer.
