@@ -8,6 +8,7 @@
 #include "base/cancellation.h"
 #include "base/diagnostics.h"
 #include "base/graphemes.h"
+#include "base/url.h"
 #include "llm/curated_models.h"
 #include "llm/model_catalog.h"
 
@@ -79,7 +80,7 @@ Decision check(const ModelsCommandEnvironment& environment, std::chrono::millise
     defaults.set(settingsKey::modelUpdateLastCheck,
                  std::chrono::duration<double>(environment.now().time_since_epoch()).count());
     const auto log = [&](std::string_view host, std::string_view path) {
-        environment.networkLog->record(std::string(host), std::string(path),
+        environment.networkLog->record(std::string(host), base::percentDecode(path),
                                        NetworkActivityLog::Purpose::modelUpdateCheck);
     };
     const auto manifest = Checker::liveFetch(url, *environment.session, log, timeout);

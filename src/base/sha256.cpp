@@ -1,13 +1,8 @@
 #include "base/sha256.h"
 
-#include <fcntl.h>
 #include <openssl/evp.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <new>
-#include <system_error>
-#include <vector>
 
 namespace nuvrel::base {
 
@@ -51,25 +46,6 @@ std::string Sha256::hex() const {
         text.push_back(digits[digest[i] & 0xf]);
     }
     return text;
-}
-
-std::string sha256Hex(const std::filesystem::path& file) {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw std::system_error(errno, std::generic_category(), file.string());
-    struct Closer {
-        int fd;
-        ~Closer() { ::close(fd); }
-    } closer{fd};
-    Sha256 digest;
-    std::vector<char> block(8 * 1024 * 1024);
-    while (true) {
-        const ssize_t got = ::read(fd, block.data(), block.size());
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) throw std::system_error(errno, std::generic_category(), file.string());
-        if (got == 0) break;
-        digest.update(std::string_view(block.data(), static_cast<std::size_t>(got)));
-    }
-    return digest.hex();
 }
 
 }  // namespace nuvrel::base

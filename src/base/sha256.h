@@ -2,7 +2,6 @@
 // SHA-256 on OpenSSL's libcrypto, fed piece by piece, so that a download can be digested
 // while its bytes arrive instead of in a second pass over the file.
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,9 +27,5 @@ private:
     struct Context;
     std::unique_ptr<Context> context_;
 };
-
-// The digest of a whole file, read in blocks of 8 MiB. Throws std::system_error when the file
-// cannot be read.
-std::string sha256Hex(const std::filesystem::path& file);
 
 }  // namespace nuvrel::base
