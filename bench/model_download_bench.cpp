@@ -50,8 +50,10 @@ Host& host() {
 void BM_InstallThroughModelDownloader(benchmark::State& state) {
     test::TemporaryHome home;
     const auto destination = home.path() / "models" / "model.gguf";
-    llm::ModelDownloader::DownloadSettings settings{
-        .session = std::make_shared<base::HttpSession>()};
+    llm::ModelDownloader::DownloadSettings settings{.session =
+                                                        std::make_shared<base::HttpSession>()};
+    settings.connections = static_cast<std::size_t>(state.range(0));
+    settings.pieceBytes = static_cast<std::uint64_t>(state.range(1)) << 20;
     std::uint64_t seen = 0;
     for (auto _ : state) {
         llm::ModelDownloader::install(
@@ -65,13 +67,20 @@ void BM_InstallThroughModelDownloader(benchmark::State& state) {
     if (seen != fileSize) state.SkipWithError("progress did not reach the whole file");
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * fileSize));
 }
-BENCHMARK(BM_InstallThroughModelDownloader)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+// Arguments: connections at once, MiB per range.
+BENCHMARK(BM_InstallThroughModelDownloader)
+    ->Args({4, 4})
+    ->Args({1, 4})
+    ->Args({4, 16})
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->UseRealTime();
 
 void BM_CurlToolToDisk(benchmark::State& state) {
     test::TemporaryHome home;
     const auto destination = home.path() / "model.gguf";
-    const std::string command = "curl -s -f -o '" + destination.string() + "' '" +
-                                host().server->url() + "'";
+    const std::string command =
+        "curl -s -f -o '" + destination.string() + "' '" + host().server->url() + "'";
     for (auto _ : state) {
         if (std::system(command.c_str()) != 0) state.SkipWithError("curl failed");
         state.PauseTiming();
