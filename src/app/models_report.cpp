@@ -1,3 +1,6 @@
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <system_error>
@@ -7,7 +10,6 @@
 #include "app/terminal_session.h"
 #include "base/cancellation.h"
 #include "base/diagnostics.h"
-#include "base/graphemes.h"
 #include "base/url.h"
 #include "llm/curated_models.h"
 #include "llm/model_catalog.h"
@@ -58,8 +60,21 @@ std::vector<Row> rows(const ModelsCommandEnvironment& environment) {
     return list;
 }
 
+// Columns a terminal gives the text: two for wide and full-width characters (Hangul, Han,
+// kana), one for the rest.
+std::size_t columns(const std::string& text) {
+    std::size_t width = 0;
+    for (std::int32_t i = 0, length = static_cast<std::int32_t>(text.size()); i < length;) {
+        UChar32 c = 0;
+        U8_NEXT(text.data(), i, length, c);
+        const auto eastAsian = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+        width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+    }
+    return width;
+}
+
 std::string padded(const std::string& text, std::size_t width) {
-    const std::size_t length = base::text::count(text);
+    const std::size_t length = columns(text);
     return text + std::string(width > length ? width - length : 0, ' ');
 }
 
@@ -173,8 +188,8 @@ int listModels(const ModelsOptions& options, const ModelsCommandEnvironment& env
     }
     std::size_t nameWidth = 0, fileWidth = 0;
     for (const auto& row : list) {
-        nameWidth = std::max(nameWidth, base::text::count(row.name));
-        fileWidth = std::max(fileWidth, base::text::count(row.fileName));
+        nameWidth = std::max(nameWidth, columns(row.name));
+        fileWidth = std::max(fileWidth, columns(row.fileName));
     }
     for (const auto& row : list) {
         std::string badges;
@@ -190,9 +205,11 @@ int listModels(const ModelsOptions& options, const ModelsCommandEnvironment& env
         const std::string& role = row.role == llm::ModelCatalog::Role::router
                                       ? strings.modelRoleRouterLabel
                                       : strings.modelRoleSummaryLabel;
-        out << (row.inUse ? "* " : "  ") << padded(row.name, nameWidth + 2)
-            << padded(row.fileName, fileWidth + 2) << padded(size, 10) << padded(role, 22) << badges
-            << '\n';
+        std::string line = (row.inUse ? "* " : "  ") + padded(row.name, nameWidth + 2) +
+                           padded(row.fileName, fileWidth + 2) + padded(size, 10) +
+                           padded(role, 22) + badges;
+        line.erase(line.find_last_not_of(' ') + 1);
+        out << line << '\n';
     }
     if (!anyInstalled)
         out << strings.modelNotInstalledYetLabel << '\n' << strings.modelInstallHintLine << '\n';
