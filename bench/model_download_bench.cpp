@@ -11,6 +11,7 @@
 
 #include "base/sha256.h"
 #include "llm/model_downloader.h"
+#include "platform/model_storage.h"
 #include "support/range_file_server.h"
 #include "support/temporary_home.h"
 
@@ -50,8 +51,10 @@ Host& host() {
 void BM_InstallThroughModelDownloader(benchmark::State& state) {
     test::TemporaryHome home;
     const auto destination = home.path() / "models" / "model.gguf";
-    llm::ModelDownloader::DownloadSettings settings{.session =
-                                                        std::make_shared<base::HttpSession>()};
+    llm::ModelDownloader::DownloadSettings settings{
+        .session = std::make_shared<base::HttpSession>(),
+        .openStaging = platform::liveOpenStaging,
+        .availableSpace = platform::liveAvailableSpace};
     settings.connections = static_cast<std::size_t>(state.range(0));
     settings.pieceBytes = static_cast<std::uint64_t>(state.range(1)) << 20;
     std::uint64_t seen = 0;

@@ -43,7 +43,8 @@ install_missing() {
 
 build() {
   cd "$root"
-  if [ ! -f "build/$preset/build.ninja" ]; then
+  # A build folder configured before the tests became an option is configured again.
+  if ! grep -qx 'NUVREL_BUILD_TESTS:BOOL=ON' "build/$preset/CMakeCache.txt" 2>/dev/null; then
     cmake --preset "$preset" >&2
   fi
   cmake --build --preset "$preset" >&2

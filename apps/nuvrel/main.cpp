@@ -34,12 +34,24 @@ std::optional<std::string> environmentValue(const char* name) {
 }
 
 // Ctrl-C and SIGTERM arrive on one watcher thread and are handed to the main queue, so that
-// cancelling a run goes through the same run control as the panel's Escape.
-void watchSignals(const sigset_t& signals, base::MainQueue& queue, app::TerminalSession& session) {
-    std::thread([signals, &queue, &session] {
+// cancelling a run goes through the same run control as the panel's Escape. The watcher is
+// joined before the queue and the session it uses go away; SIGUSR1 tells it to end.
+class SignalWatcher {
+public:
+    SignalWatcher(const sigset_t& signals, base::MainQueue& queue, app::TerminalSession& session)
+        : thread_([signals, &queue, &session] { watch(signals, queue, session); }) {}
+    ~SignalWatcher() {
+        pthread_kill(thread_.native_handle(), SIGUSR1);
+        thread_.join();
+    }
+    SignalWatcher(const SignalWatcher&) = delete;
+    SignalWatcher& operator=(const SignalWatcher&) = delete;
+
+private:
+    static void watch(sigset_t signals, base::MainQueue& queue, app::TerminalSession& session) {
         while (true) {
             int signal = 0;
-            if (sigwait(&signals, &signal) != 0) return;
+            if (sigwait(&signals, &signal) != 0 || signal == SIGUSR1) return;
             // A blocking read of standard input cannot be woken otherwise: closing it ends
             // the read, and with it the interactive loop.
             if (session.isReadingInput()) ::close(STDIN_FILENO);
@@ -49,8 +61,10 @@ void watchSignals(const sigset_t& signals, base::MainQueue& queue, app::Terminal
                 queue.post([&session] { session.interrupt(); });
             }
         }
-    }).detach();
-}
+    }
+
+    std::thread thread_;
+};
 
 // NUVREL_DEBUG_ROUTER_PORT lets a test run the program against a server on a port of its own.
 int routerPort() {
@@ -103,19 +117,23 @@ int main(int argc, char** argv) {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // before any thread starts: all inherit it
 
     base::MainQueue queue;
+    // The program's one sink of diagnostic lines: standard error.
+    const base::Diagnostics diagnostics(base::standardErrorSink());
     const auto paths = base::XdgPaths::fromEnvironment();
-    auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile());
+    auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile(), diagnostics);
     app::AppState::Environment environment;
     environment.userDefaults = defaults;
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
+    environment.diagnostics = diagnostics;
     environment.languageOverride = command.options.language;
     auto httpSession = std::make_shared<base::HttpSession>();
     auto runtime = std::make_shared<app::LLMRuntime>(
-        app::LLMRuntime::make(*defaults, httpSession, routerPort()));
+        app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort()));
     environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
     auto state = app::AppState::create(queue, environment);
     app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
@@ -123,6 +141,8 @@ int main(int argc, char** argv) {
                                                                   paths.networkActivityFile());
     launch.session = httpSession;
     launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
+    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
+    launch.diagnostics = diagnostics;
     state->makePipeline = app::makePipelineFactory(launch);
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);
@@ -130,7 +150,7 @@ int main(int argc, char** argv) {
         return !app::modelFileInUse(app::JsonSettingsStore(paths.settingsFile()),
                                     paths.modelsDirectory());
     };
-    watchSignals(signals, queue, session);
+    const SignalWatcher watcher(signals, queue, session);
 
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
     const int status = command.verb == app::CommandLine::Verb::ask

@@ -60,13 +60,6 @@ bool isNumberCharacter(char c) {
     return (c >= '0' && c <= '9') || c == '.';
 }
 
-// An overflow anywhere makes the answer unreliable (inf + 1 is still inf), so a non-finite
-// intermediate value fails the parse instead of flowing on.
-std::optional<double> finite(double value) {
-    if (!std::isfinite(value)) return std::nullopt;
-    return value;
-}
-
 // Counts one level of recursion for as long as it lives.
 class Nesting {
 public:
@@ -128,10 +121,10 @@ std::optional<double> ArithmeticParser::parseExpression() {
     while (value) {
         if (accept(Kind::plus)) {
             const std::optional<double> right = parseTerm();
-            value = right ? finite(*value + *right) : std::nullopt;
+            value = right ? std::optional(*value + *right) : std::nullopt;
         } else if (accept(Kind::minus)) {
             const std::optional<double> right = parseTerm();
-            value = right ? finite(*value - *right) : std::nullopt;
+            value = right ? std::optional(*value - *right) : std::nullopt;
         } else {
             break;
         }
@@ -158,13 +151,13 @@ std::optional<double> ArithmeticParser::parseTerm() {
         if (kind != Kind::multiply && *right == 0.0) return std::nullopt;
         switch (kind) {
             case Kind::multiply:
-                value = finite(*value * *right);
+                value = *value * *right;
                 break;
             case Kind::divide:
-                value = finite(*value / *right);
+                value = *value / *right;
                 break;
             default:
-                value = finite(std::fmod(*value, *right));
+                value = std::fmod(*value, *right);
                 break;
         }
     }
@@ -178,7 +171,7 @@ std::optional<double> ArithmeticParser::parsePower() {
     if (nesting.tooDeep()) return std::nullopt;
     const std::optional<double> exponent = parsePower();
     if (!exponent) return std::nullopt;
-    return finite(std::pow(*base, *exponent));
+    return std::pow(*base, *exponent);
 }
 
 std::optional<double> ArithmeticParser::parseUnary() {

@@ -40,8 +40,9 @@ std::string prettyPrint(const std::vector<ArithmeticToken>& tokens);
 }  // namespace ArithmeticTokenizer
 
 // A cursor over tokens. Each parse function consumes what it recognises and gives its value,
-// or nothing on a syntax error, a zero divisor or remainder, a non-finite intermediate value,
-// or nesting deeper than maxDepth. After a failure the cursor may stand anywhere.
+// or nothing on a syntax error, a zero divisor or remainder, or nesting deeper than maxDepth.
+// Intermediate values may be infinite ("1/(10^400)" is 0): only the caller judges the final one.
+// After a failure the cursor may stand anywhere.
 //
 //   expression := term (("+" | "-") term)*
 //   term       := power (("*" | "/" | "%") power)*      "%" is fmod, never a percentage

@@ -34,11 +34,11 @@ std::optional<CalcResult> percentageOf(std::string_view withoutFillers) {
     const double share = *percentage / 100 * *amount;
     std::string display;
     double result = share;
-    if (found->matched(1) && found->matched(2)) {
-        // The pattern guarantees the base's syntax, so a base that does not parse overflowed;
-        // answering with the share alone would silently drop it.
-        const std::optional<double> baseValue = base::text::parseDecimal(found->group(1));
-        if (!baseValue) return std::nullopt;
+    // A base that does not parse (it overflowed) leaves the share alone, as a base-less sum.
+    const std::optional<double> baseValue = found->matched(1) && found->matched(2)
+                                                ? base::text::parseDecimal(found->group(1))
+                                                : std::nullopt;
+    if (baseValue && std::isfinite(*baseValue)) {
         result = found->group(2) == "+" ? *baseValue + share : *baseValue - share;
         display = std::string(found->group(1)) + " " + std::string(found->group(2)) + " ";
     }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "app/settings_keys.h"
+#include "base/cancellation.h"
 #include "base/diagnostics.h"
 #include "base/text.h"
 
@@ -34,7 +35,8 @@ AppState::AppState(base::MainQueue& mainQueue, Environment environment)
     : queue_(mainQueue),
       userDefaults_(std::move(environment.userDefaults)),
       keychain_(std::move(environment.keychain)),
-      debugLoggingEnabled_(environment.debugLoggingEnabled) {
+      debugLoggingEnabled_(environment.debugLoggingEnabled),
+      diagnostics_(std::move(environment.diagnostics)) {
     assert(userDefaults_);
     loadSettings(environment.preferredLanguages, environment.defaultModelFileName);
     if (environment.languageOverride) lang_ = *environment.languageOverride;
@@ -228,8 +230,7 @@ void AppState::selectModel(const std::string& fileName) {
     requireMainThread();
     if (fileName == selectedModelFileName_) return;
     if (isInstallingModel_) {
-        base::diag::event.line("selectModel(" + fileName +
-                               ") ignored — a model install is in flight");
+        diagnostics_.event("selectModel(" + fileName + ") ignored — a model install is in flight");
         return;
     }
     std::string previous = selectedModelFileName_;
@@ -257,28 +258,28 @@ void AppState::selectModel(const std::string& fileName) {
             bool failed = false;
             try {
                 handler(fileName);
-            } catch (const base::Cancelled&) {
-                throw;
             } catch (...) {
+                base::rethrowIfCancelled();
                 failed = true;  // the handler logs its own failure
             }
             queue->runSync([&] {
                 if (auto state = weak.lock())
-                    state->finishModelSwitch(switchGeneration, failed, previous);
+                    state->finishModelSwitch(switchGeneration, failed, previous, fileName);
             });
         }));
     notify();
 }
 
 void AppState::finishModelSwitch(std::uint64_t switchGeneration, bool failed,
-                                 const std::string& previous) {
-    // A later switch owns these fields now; it restores and clears them itself.
-    if (switchGeneration != modelSwitchGeneration_) return;
-    if (failed) {
-        selectedModelFileName_ = previous;
-        userDefaults_->set(settingsKey::modelFile, previous);
+                                 const std::string& previous, const std::string& fileName) {
+    // A failure always puts its previous name back, also when a later switch has started
+    // meanwhile; that later switch, when it succeeds, names its own model again.
+    const bool latest = switchGeneration == modelSwitchGeneration_;
+    if (failed || latest) {
+        selectedModelFileName_ = failed ? previous : fileName;
+        userDefaults_->set(settingsKey::modelFile, selectedModelFileName_);
     }
-    isSwitchingModel_ = false;
+    if (latest) isSwitchingModel_ = false;
     notify();
 }
 
@@ -320,14 +321,14 @@ std::size_t AppState::tasksInFlight() {
 
 AppState::TrackedTask AppState::startTracked(std::function<void()> body) {
     auto completion = std::make_shared<TaskCompletion>();
-    base::Task<void> task([completion, queue = &queue_, body = std::move(body)] {
+    base::Task<void> task([completion, queue = &queue_, diagnostics = diagnostics_,
+                           body = std::move(body)] {
         try {
             body();
         } catch (const base::Cancelled&) {
             // A stop request ends the task quietly; whoever cancelled it set the phase.
         } catch (const std::exception& error) {
-            base::diag::event.line(std::string("background task ended with an error: ") +
-                                   error.what());
+            diagnostics.event(std::string("background task ended with an error: ") + error.what());
         }
         completion->markDone();
         queue->wake();

@@ -176,7 +176,8 @@ Exit status: 0 for a result, 1 for an error, 2 for bad usage, 130 when cancelled
 Ctrl-C cancels the running sentence; a second Ctrl-C quits.
 
 Environment:
-  NUVREL_DEBUG_QUERY   run this sentence at start and log the routed slots
+  NUVREL_DEBUG_QUERY   run this sentence once and exit (also instead of the line-by-line
+                       mode), logging the routed slots
   NUVREL_DEBUG_LANG    interface language for this run (en, ko, zh, ja)
   NUVREL_DEBUG_ROUTER_PORT  port of the router's model server (default 8765)
 )";

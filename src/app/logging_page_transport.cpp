@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "base/url.h"
+#include "base/utf8.h"
+
 namespace nuvrel::app {
 
 LoggingPageTransport::LoggingPageTransport(wayfen::PageTransportPtr wrapping,
@@ -11,7 +14,10 @@ LoggingPageTransport::LoggingPageTransport(wayfen::PageTransportPtr wrapping,
 wayfen::RawPageResponse LoggingPageTransport::fetchPage(const base::Url& url) const {
     // The path without its query string: a page's query can carry what the user typed.
     const std::string& host = url.host().empty() ? url.text() : url.host();
-    log_->record(host, url.path(), NetworkActivityLog::Purpose::webSearch);
+    // Decoded, for people to read ("/wiki/서울"); bytes that decode to no text stay escaped.
+    std::string path = base::percentDecode(url.path());
+    if (!base::text::isValidUtf8(path)) path = url.path();
+    log_->record(host, std::move(path), NetworkActivityLog::Purpose::webSearch);
     return wrapped_->fetchPage(url);
 }
 

@@ -10,8 +10,8 @@ void performModelSwitch(const std::string& fileName, LLMRuntime& runtime,
                         const ModelSwitchEnvironment& environment) {
     const auto path = environment.modelsDirectory / fileName;
     if (!environment.fileExists(path)) {
-        base::diag::event.line("model switch to " + fileName +
-                               " aborted: file no longer found on disk");
+        environment.diagnostics.event("model switch to " + fileName +
+                                      " aborted: file no longer found on disk");
         throw llm::LLMError::modelNotFound();
     }
     const auto previousPath = runtime.manager->modelPath();
@@ -24,8 +24,8 @@ void performModelSwitch(const std::string& fileName, LLMRuntime& runtime,
         throw;
     } catch (const std::exception& error) {
         const std::string previous = previousPath.filename().string();
-        base::diag::event.line("model switch to " + fileName + " failed (" + error.what() +
-                               ") — restoring previous model " + previous);
+        environment.diagnostics.event("model switch to " + fileName + " failed (" + error.what() +
+                                      ") — restoring previous model " + previous);
         try {
             LLMRuntime restored = environment.makeRuntime(previousPath);
             restored.manager->ensureRunning();
@@ -33,8 +33,8 @@ void performModelSwitch(const std::string& fileName, LLMRuntime& runtime,
         } catch (const base::Cancelled&) {
             throw;
         } catch (const std::exception& restoreError) {
-            base::diag::event.line("failed to restore previous model " + previous +
-                                   " too: " + restoreError.what());
+            environment.diagnostics.event("failed to restore previous model " + previous +
+                                          " too: " + restoreError.what());
         }
         throw;
     }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "app/launch.h"
+#include "base/diagnostics.h"
 
 namespace nuvrel::app {
 
@@ -18,6 +19,7 @@ struct ModelSwitchEnvironment {
     std::function<bool(const std::filesystem::path&)> fileExists;
     // A runtime for a model file, its server not yet started.
     std::function<LLMRuntime(const std::filesystem::path& modelPath)> makeRuntime;
+    base::Diagnostics diagnostics{};
 };
 
 // Replaces `runtime` with one for `fileName` whose server answers. Throws LLMError

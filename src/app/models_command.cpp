@@ -189,7 +189,7 @@ int use(const ModelsOptions& options, const ModelsCommandEnvironment& environmen
     } catch (const base::Cancelled&) {
         return exitCancelled;
     } catch (const std::exception& error) {
-        base::diag::event.line("model switch failed: " + std::string(error.what()));
+        environment.diagnostics.event("model switch failed: " + std::string(error.what()));
         err << "nuvrel: " << strings.modelSwitchFailedMessage << '\n';
         if (previous) err << fill(strings.modelStillUsingTemplate, {*previous}) << '\n';
         return exitError;

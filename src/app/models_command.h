@@ -16,6 +16,7 @@
 #include "app/models_options.h"
 #include "app/network_activity_log.h"
 #include "app/settings_storing.h"
+#include "base/diagnostics.h"
 #include "base/http.h"
 #include "core/app_language.h"
 #include "llm/model_downloader.h"
@@ -41,6 +42,7 @@ struct ModelsCommandEnvironment {
     std::function<void(const std::function<void()>&)> interruptible =
         [](const std::function<void()>& body) { body(); };
     std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
+    base::Diagnostics diagnostics{};
 };
 
 // The file the router uses now: the selected one when installed, else the default router

@@ -32,7 +32,8 @@ int runLiveModelsCommand(const ModelsOptions& options, const char* const* enviro
                          std::ostream& err) {
     const auto paths = base::XdgPaths::fromEnvironment(
         [environment](const char* name) { return variable(environment, name); });
-    auto defaults = std::make_shared<JsonSettingsStore>(paths.settingsFile());
+    const base::Diagnostics diagnostics(base::standardErrorSink());
+    auto defaults = std::make_shared<JsonSettingsStore>(paths.settingsFile(), diagnostics);
     auto choice = options.language;
     if (const auto debugLanguage = variable(environment, "NUVREL_DEBUG_LANG");
         !choice && debugLanguage)
@@ -50,19 +51,24 @@ int runLiveModelsCommand(const ModelsOptions& options, const char* const* enviro
     live.appVersion = appVersion;
     live.progressOnTerminal = ::isatty(STDERR_FILENO) == 1;
     live.interruptible = runUntilInterrupted;
+    live.diagnostics = diagnostics;
+    live.download.openStaging = platform::liveOpenStaging;
+    live.download.availableSpace = platform::liveAvailableSpace;
 
     // Made on the first switch only: a runtime names the model it would start.
     std::shared_ptr<LLMRuntime> runtime;
     live.switchModel = [&](const std::string& fileName) {
         if (!runtime)
-            runtime =
-                std::make_shared<LLMRuntime>(LLMRuntime::make(*defaults, live.session, routerPort));
-        performModelSwitch(
-            fileName, *runtime,
-            {paths.modelsDirectory(), llm::liveFileExists, [&](const std::filesystem::path& path) {
-                 return LLMRuntime::forModel(path, llm::isInterimModel(path.filename().string()),
-                                             live.session, routerPort);
-             }});
+            runtime = std::make_shared<LLMRuntime>(
+                LLMRuntime::make(*defaults, live.session, diagnostics, routerPort));
+        performModelSwitch(fileName, *runtime,
+                           {paths.modelsDirectory(), llm::liveFileExists,
+                            [&](const std::filesystem::path& path) {
+                                return LLMRuntime::forModel(
+                                    path, llm::isInterimModel(path.filename().string()),
+                                    live.session, diagnostics, routerPort);
+                            },
+                            diagnostics});
     };
     const int status = runModelsCommand(options, live, out, err);
     // This command's servers only prove that a model loads: none outlives it.

@@ -106,7 +106,7 @@ Decision check(const ModelsCommandEnvironment& environment, std::chrono::millise
     else if (decision.kind == Decision::Kind::upToDate)
         defaults.remove(settingsKey::modelUpdateOffer);
     else if (decision.kind == Decision::Kind::malformed)
-        base::diag::event.line("model update manifest rejected: " + decision.reason);
+        environment.diagnostics.event("model update manifest rejected: " + decision.reason);
     return decision;
 }
 
@@ -122,7 +122,8 @@ void checkAutomatically(const ModelsCommandEnvironment& environment) {
     } catch (const base::Cancelled&) {
         throw;
     } catch (const std::exception& error) {
-        base::diag::event.line("automatic model update check failed: " + std::string(error.what()));
+        environment.diagnostics.event("automatic model update check failed: " +
+                                      std::string(error.what()));
     }
 }
 
@@ -228,7 +229,7 @@ int checkForUpdates(const ModelsOptions& options, const ModelsCommandEnvironment
     } catch (const base::Cancelled&) {
         throw;
     } catch (const std::exception& error) {
-        base::diag::event.line("model update check failed: " + std::string(error.what()));
+        environment.diagnostics.event("model update check failed: " + std::string(error.what()));
         if (options.json)
             out << Json{{"decision", "failed"}, {"description", error.what()}}.dump() << '\n';
         else

@@ -83,6 +83,16 @@ void checkCancellation() {
     if (isCancelled()) throw Cancelled();
 }
 
+void rethrowIfCancelled() {
+    try {
+        throw;
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        // Any other failure is the caller's to handle. (Cancelled was passed on just above.)
+    }
+}
+
 CancellationScope::CancellationScope(std::shared_ptr<CancellationState> state)
     : previous_(std::exchange(currentState, std::move(state))) {}
 

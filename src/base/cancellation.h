@@ -62,6 +62,10 @@ bool isCancelled();
 // Throws Cancelled when the current task was asked to stop.
 void checkCancellation();
 
+// The first line of every catch-all handler: passes a cancellation on unchanged, so that it
+// always ends as the outcome cancelled, never as an error. Only inside a handler.
+void rethrowIfCancelled();
+
 // Installs `state` as the thread's current cancellation for the scope's lifetime.
 class CancellationScope {
 public:

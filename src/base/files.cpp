@@ -62,4 +62,10 @@ void writeFileAtomically(const std::filesystem::path& path, std::string_view byt
     }
 }
 
+std::filesystem::path createdOnDemand(std::filesystem::path directory) {
+    std::error_code ignored;
+    std::filesystem::create_directories(directory, ignored);
+    return directory;
+}
+
 }  // namespace nuvrel::base

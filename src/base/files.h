@@ -16,4 +16,8 @@ std::optional<std::string> readFile(const std::filesystem::path& path);
 // Creates missing parent folders. Throws std::filesystem::filesystem_error on failure.
 void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
 
+// The folder, created with its parents when missing. A failure is left to the first use of the
+// folder, which reports it where it matters.
+std::filesystem::path createdOnDemand(std::filesystem::path directory);
+
 }  // namespace nuvrel::base

@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
-#include "llm/json_syntax.h"
 #include "llm/llm_error.h"
 
 namespace nuvrel::llm::LlamaRequestBuilder {
@@ -38,21 +37,17 @@ std::string jsonStringLiteral(std::string_view text) {
 std::string body(std::string_view system, std::string_view user, std::string_view jsonSchema,
                  std::string_view model, double temperature, int maxTokens,
                  std::string_view schemaName, std::optional<std::string_view> assistantPrefix) {
-    // The fast check settles the usual case; the full parser is asked only on a "no", for
-    // its verdict and its description, so a fault of the fast check cannot refuse a schema.
-    if (!JsonSyntax::isWellFormed(jsonSchema)) {
+    if (!nlohmann::json::accept(jsonSchema)) {
         if (!base::text::isValidUtf8(jsonSchema)) {
             throw LLMError::invalidRequest("jsonSchema is not valid UTF-8");
         }
-        if (!nlohmann::json::accept(jsonSchema)) {
-            std::string description = "unknown parse error";
-            try {
-                [[maybe_unused]] const auto parsed = nlohmann::json::parse(jsonSchema);
-            } catch (const nlohmann::json::exception& error) {
-                description = error.what();
-            }
-            throw LLMError::invalidRequest("jsonSchema is not valid JSON: " + description);
+        std::string description = "unknown parse error";
+        try {
+            [[maybe_unused]] const auto parsed = nlohmann::json::parse(jsonSchema);
+        } catch (const nlohmann::json::exception& error) {
+            description = error.what();
         }
+        throw LLMError::invalidRequest("jsonSchema is not valid JSON: " + description);
     }
 
     const std::string systemLiteral = jsonStringLiteral(system);
@@ -89,7 +84,7 @@ std::string body(std::string_view system, std::string_view user, std::string_vie
 
     // A malformed body never leaves the process. Well-formed JSON is well-formed UTF-8 too:
     // both checks look at the bytes inside strings, and allow only ASCII outside them.
-    if (!JsonSyntax::isWellFormed(out) && !nlohmann::json::accept(out)) {
+    if (!nlohmann::json::accept(out)) {
         throw LLMError::invalidRequest("failed to serialize request body");
     }
     return out;

@@ -29,7 +29,7 @@ struct StagingDiscarded : std::runtime_error {
 // the file back.
 class DigestingSink {
 public:
-    DigestingSink(base::Sha256& digest, std::unique_ptr<platform::AppendFile> file,
+    DigestingSink(base::Sha256& digest, std::unique_ptr<StagingWriter> file,
                   const std::filesystem::path& path)
         : digest_(digest), file_(std::move(file)), path_(path) {}
 
@@ -45,7 +45,7 @@ public:
 
 private:
     base::Sha256& digest_;
-    std::unique_ptr<platform::AppendFile> file_;
+    std::unique_ptr<StagingWriter> file_;
     std::filesystem::path path_;
 };
 
@@ -130,7 +130,9 @@ public:
         resumedFrom_ = existing;
         if (head.length) {
             const std::uint64_t needed = *head.length - existing;
-            const auto available = settings_.availableSpace(partPath_.parent_path());
+            const auto available = settings_.availableSpace
+                                       ? settings_.availableSpace(partPath_.parent_path())
+                                       : std::nullopt;
             if (available && *available < needed)
                 throw ModelDownloadError::notEnoughSpace(needed, *available);
         }

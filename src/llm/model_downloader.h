@@ -26,7 +26,6 @@
 #include "base/url.h"
 #include "llm/model_download_error.h"
 #include "llm/model_file_manager.h"
-#include "platform/model_storage.h"
 
 namespace nuvrel::llm::ModelDownloader {
 
@@ -74,17 +73,25 @@ struct DownloadResult {
 using DownloadFn = std::function<DownloadResult(
     const base::Url& source, const std::filesystem::path& partPath, const ProgressFn& onProgress)>;
 
+// The staging file, open for appending. append throws std::system_error when a write fails
+// (a full disk, a file size limit); what was written before stays.
+class StagingWriter {
+public:
+    virtual ~StagingWriter() = default;
+    virtual void append(std::string_view bytes) = 0;
+};
 // Opens the staging file keeping its first `keepBytes` bytes (0: empty), creating it if
-// needed; its append throws std::system_error when a write fails.
-using OpenStagingFn = std::function<std::unique_ptr<platform::AppendFile>(
+// needed. The live form is platform::liveOpenStaging.
+using OpenStagingFn = std::function<std::unique_ptr<StagingWriter>(
     const std::filesystem::path& path, std::uint64_t keepBytes)>;
-// Free bytes for a file in that folder; nothing when unknown.
+// Free bytes for a file in that folder; nothing when unknown. The live form is
+// platform::liveAvailableSpace.
 using AvailableSpaceFn = std::function<std::optional<std::uint64_t>(const std::filesystem::path&)>;
 
 struct DownloadSettings {
     std::shared_ptr<base::HttpSession> session;
-    OpenStagingFn openStaging = platform::liveOpenForAppend;
-    AvailableSpaceFn availableSpace = platform::liveAvailableSpace;
+    OpenStagingFn openStaging{};
+    AvailableSpaceFn availableSpace{};
     // Large files: ranges of this size, this many at once, and at most this many ranges held
     // in memory ahead of the digest (pieceBytes times windowPieces of memory at most).
     std::uint64_t pieceBytes = 4'194'304;

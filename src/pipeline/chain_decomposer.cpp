@@ -93,9 +93,8 @@ std::optional<std::vector<std::string>> decompose(
     std::string reply;
     try {
         reply = summarizer->complete(systemPrompt(language), query, jsonSchema);
-    } catch (const base::Cancelled&) {
-        throw;
     } catch (...) {
+        base::rethrowIfCancelled();
         return std::nullopt;
     }
 

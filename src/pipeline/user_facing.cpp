@@ -7,7 +7,8 @@
 namespace nuvrel::pipeline {
 
 core::UserFacingError userFacing(const std::exception_ptr& error,
-                                 const core::LocalizedStrings& strings) {
+                                 const core::LocalizedStrings& strings,
+                                 const base::Diagnostics& diagnostics) {
     std::string description;
     try {
         std::rethrow_exception(error);
@@ -19,9 +20,10 @@ core::UserFacingError userFacing(const std::exception_ptr& error,
         // Every error type of the program describes itself through what().
         description = other.what();
     } catch (...) {
+        // Not a std::exception, so no cancellation either (callers handle that first).
         description = "unknown error";
     }
-    base::diag::event.line("capability error hidden behind genericErrorMessage: " + description);
+    diagnostics.event("capability error hidden behind genericErrorMessage: " + description);
     return core::UserFacingError(strings.genericErrorMessage, strings.helpHintRecovery, false);
 }
 

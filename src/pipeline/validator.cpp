@@ -33,12 +33,18 @@ std::string joinedWithBlanks(const std::vector<std::string>& words) {
 core::ValidationOutcome validate(const core::RoutedIntent& routed, std::string_view query,
                                  const core::CapabilityRegistry& registry) {
     std::string trimmedQuery = text::trim(query);
+    if (routed.intent == IntentID::unknown || !registry.capability(routed.intent))
+        return ValidationOutcome::fallbackWeb(std::move(trimmedQuery));
     // Written as "below 0.5" so that a NaN confidence goes on, as any value that is not low.
-    if (routed.intent == IntentID::unknown || routed.confidence < 0.5) {
+    if (routed.confidence < 0.5) {
+        // A complete message draft still stops at its confirmation, which is the safety net; a
+        // web search for "text mom hi" would help nobody.
+        if (routed.intent == IntentID::messageSend) {
+            ValidationOutcome draft = validateMessageSend(routed.slots, trimmedQuery);
+            if (draft.asPlan()) return draft;
+        }
         return ValidationOutcome::fallbackWeb(std::move(trimmedQuery));
     }
-    if (!registry.capability(routed.intent))
-        return ValidationOutcome::fallbackWeb(std::move(trimmedQuery));
 
     switch (routed.intent) {
         case IntentID::finderSearch:

@@ -9,19 +9,13 @@
 #include <optional>
 #include <string_view>
 
+#include "llm/model_downloader.h"
+
 namespace nuvrel::platform {
 
-// A file open for appending. append throws std::system_error when a write fails (a full disk,
-// a file size limit); what was written before stays.
-class AppendFile {
-public:
-    virtual ~AppendFile() = default;
-    virtual void append(std::string_view bytes) = 0;
-};
-
 // Opens `path` keeping its first `keepBytes` bytes (0: empty), creating it if needed.
-std::unique_ptr<AppendFile> liveOpenForAppend(const std::filesystem::path& path,
-                                              std::uint64_t keepBytes);
+std::unique_ptr<llm::ModelDownloader::StagingWriter> liveOpenStaging(
+    const std::filesystem::path& path, std::uint64_t keepBytes);
 
 // Bytes an unprivileged file in `directory` can still take; nothing when unknown.
 std::optional<std::uint64_t> liveAvailableSpace(const std::filesystem::path& directory);

@@ -87,9 +87,8 @@ std::optional<std::vector<double>> embeddingScores(const std::vector<SourceChunk
             scores.push_back(cosineSimilarity(queryVector, provider.embed(chunk.text, false)));
         }
         return scores;
-    } catch (const nuvrel::base::Cancelled&) {
-        throw;
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         return std::nullopt;
     }
 }

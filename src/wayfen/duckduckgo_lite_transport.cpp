@@ -36,9 +36,8 @@ std::string DuckDuckGoLiteTransport::fetchWithRetry(const std::string& query, in
     std::string html;
     try {
         html = performFetch(query);
-    } catch (const nuvrel::base::Cancelled&) {
-        throw;
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         if (attempt > 0) throw;
         backOff();
         return fetchWithRetry(query, attempt + 1);

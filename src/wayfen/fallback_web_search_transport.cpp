@@ -23,9 +23,8 @@ std::string FallbackWebSearchTransport::fetchResultsHTML(const std::string& quer
     std::string html;
     try {
         html = primary_->fetchResultsHTML(query);
-    } catch (const nuvrel::base::Cancelled&) {
-        throw;
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         // The user hears of the first provider's failure, not of the last one's.
         const std::exception_ptr primaryError = std::current_exception();
         if (auto text = secondaryOrNil(query)) return std::move(*text);
@@ -45,9 +44,8 @@ std::optional<std::string> FallbackWebSearchTransport::secondaryOrNil(
     try {
         // Returned even when empty or a challenge: the secondary's own chain judged it already.
         return secondary_->fetchResultsHTML(query);
-    } catch (const nuvrel::base::Cancelled&) {
-        throw nuvrel::base::Cancelled();
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         return std::nullopt;
     }
 }

@@ -47,8 +47,10 @@ bool isPrivateOrLoopbackOrLinkLocalIPv4Literal(std::string_view host) {
            (a == 172 && b >= 16 && b <= 31) || (a == 192 && b == 168);
 }
 
-// Textual, on the host without brackets: unique-local fc00::/7 and link-local fe80::/10.
+// Textual, on the host without brackets: unique-local fc00::/7 and link-local fe80::/10. Only
+// an IPv6 literal holds a ":", so names such as "fda.gov" or "fc2.com" are no such address.
 bool isPrivateOrLoopbackOrLinkLocalIPv6Literal(std::string_view host) {
+    if (host.find(':') == std::string_view::npos) return false;
     const std::string lowered = text::lower(host);
     if (lowered == "::1") return true;
     for (const std::string_view prefix : {"fc", "fd", "fe8", "fe9", "fea", "feb"}) {
@@ -96,9 +98,8 @@ std::optional<FetchedPage> PageFetcher::fetchOne(const base::Url& url) const {
     RawPageResponse response;
     try {
         response = withDeadline(timeout, sleep, [&] { return transport->fetchPage(url); });
-    } catch (const base::Cancelled&) {
-        throw;
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         return std::nullopt;
     }
     if (response.statusCode < 200 || response.statusCode > 299) return std::nullopt;

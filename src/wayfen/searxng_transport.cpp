@@ -132,9 +132,8 @@ std::string SearXNGTransport::fetchResultsHTML(const std::string& query) const {
             const auto items = fetchItems({base, *session_, timeoutInterval_, pacer_}, query);
             if (!items.empty()) return reserialize(items);
             lastError = std::make_exception_ptr(SearXNGTransportError(Kind::emptyResults));
-        } catch (const nuvrel::base::Cancelled&) {
-            throw;
         } catch (...) {
+            nuvrel::base::rethrowIfCancelled();
             lastError = std::current_exception();
         }
     }

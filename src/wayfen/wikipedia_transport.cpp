@@ -120,9 +120,8 @@ std::string WikipediaTransport::fetchResultsHTML(const std::string& query) const
     for (const auto& title : titles) {
         try {
             if (auto item = summaryItem(title, chosenHost)) items.push_back(std::move(*item));
-        } catch (const nuvrel::base::Cancelled&) {
-            throw;
         } catch (...) {
+            nuvrel::base::rethrowIfCancelled();
             // A summary that cannot be had costs its item, nothing more.
         }
     }
@@ -140,9 +139,8 @@ std::vector<std::string> WikipediaTransport::openSearchTitles(const std::string&
         const HttpResponse response = performRequest(url);
         if (!isSuccess(response.status)) return {};
         return titlesOf(response.body);
-    } catch (const nuvrel::base::Cancelled&) {
-        throw;
     } catch (...) {
+        nuvrel::base::rethrowIfCancelled();
         return {};
     }
 }

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "app/app_state.h"
 #include "app/app_test_support.h"
 #include "app/settings_keys.h"
+#include "support/recording_sink.h"
 
 namespace nuvrel::app {
 namespace {
@@ -16,10 +18,12 @@ protected:
     std::shared_ptr<AppState> load(std::vector<std::string> preferredLanguages = {"en-US"}) {
         return AppState::create(queue, {.userDefaults = store,
                                         .preferredLanguages = std::move(preferredLanguages),
-                                        .defaultModelFileName = "resolved.gguf"});
+                                        .defaultModelFileName = "resolved.gguf",
+                                        .diagnostics = recorded.diagnostics});
     }
 
     base::MainQueue queue;
+    const nuvrel::test::RecordedDiagnostics recorded;
     std::shared_ptr<test::InMemorySettingsStore> store =
         std::make_shared<test::InMemorySettingsStore>();
 };
@@ -146,9 +150,8 @@ TEST_F(AppSettings, SelectModelIsIgnoredDuringAnInstallAndRollsBackAFailedSwitch
     };
 
     state->setInstallingModel(true);
-    testing::internal::CaptureStderr();
     state->selectModel("big.gguf");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(recorded.sink->take(),
               "[Nuvrel] selectModel(big.gguf) ignored — a model install is in flight\n");
     EXPECT_EQ(state->selectedModelFileName(), "resolved.gguf");
     state->setInstallingModel(false);
@@ -189,6 +192,30 @@ TEST_F(AppSettings, SwitchesRequestedBackToBackRunInOrderAndTheLastNameStays) {
     EXPECT_EQ(order, (std::vector<std::string>{"a.gguf", "b.gguf"}));
     EXPECT_FALSE(state->isSwitchingModel());
     EXPECT_EQ(state->selectedModelFileName(), "b.gguf");
+}
+
+TEST_F(AppSettings, AFailedSwitchRestoresItsPreviousNameEvenUnderALaterOne) {
+    auto state = load();
+    test::Gate firstGate;
+    state->modelSwitchHandler = [&](const std::string& fileName) {
+        if (fileName != "a.gguf") return;
+        firstGate.wait();
+        throw std::runtime_error("server did not start");
+    };
+    state->selectModel("a.gguf");
+    state->selectModel("b.gguf");
+    firstGate.open();
+    std::vector<std::string> shown;
+    queue.runUntil([&] {
+        if (shown.empty() || shown.back() != state->selectedModelFileName())
+            shown.push_back(state->selectedModelFileName());
+        return state->tasksInFlight() == 0;
+    });
+    EXPECT_NE(std::find(shown.begin(), shown.end(), "resolved.gguf"), shown.end())
+        << "the failed switch did not put its previous name back";
+    EXPECT_EQ(state->selectedModelFileName(), "b.gguf");
+    EXPECT_EQ(store->string(key::modelFile), "b.gguf");
+    EXPECT_FALSE(state->isSwitchingModel());
 }
 
 }  // namespace

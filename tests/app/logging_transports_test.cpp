@@ -81,9 +81,14 @@ TEST(LoggingPageTransport, RecordsHostAndPathWithoutTheQueryBeforeFetching) {
 
     const auto file = base::Url::parse("file:///tmp/page.html").value();
     transport.fetchPage(file);
+    transport.fetchPage(base::Url::parse("https://ko.wikipedia.org/wiki/서울").value());
+    transport.fetchPage(base::Url::parse("https://example.com/%FF%20x").value());
 
-    const auto entries = log->recentEntries(10);
-    ASSERT_EQ(entries.size(), 2u);
+    auto entries = log->recentEntries(10);
+    ASSERT_EQ(entries.size(), 4u);
+    EXPECT_EQ(entries[1].path, "/wiki/서울") << "paths are kept for people to read";
+    EXPECT_EQ(entries[0].path, "/%FF%20x") << "bytes that are no text stay escaped";
+    entries.erase(entries.begin(), entries.begin() + 2);
     EXPECT_EQ(entries[1].host, "example.com");
     EXPECT_EQ(entries[1].path, "/a/b.html");
     EXPECT_EQ(entries[1].purpose, Purpose::webSearch);

@@ -91,6 +91,8 @@ protected:
 
     test::TemporaryHome home;
     Downloader::DownloadSettings settings{.session = std::make_shared<base::HttpSession>(),
+                                          .openStaging = platform::liveOpenStaging,
+                                          .availableSpace = platform::liveAvailableSpace,
                                           .pieceBytes = MiB};
     bool cancelled = false;
 };
@@ -207,8 +209,8 @@ TEST_F(ModelDownloaderTest, ChecksGuardTheFinalName) {
 
     settings.availableSpace = platform::liveAvailableSpace;
     settings.openStaging = [](const fs::path& path, std::uint64_t keep) {
-        struct FullDisk : platform::AppendFile {
-            std::unique_ptr<platform::AppendFile> file;
+        struct FullDisk : Downloader::StagingWriter {
+            std::unique_ptr<Downloader::StagingWriter> file;
             std::uint64_t room = 3 * MiB;
             void append(std::string_view bytes) override {
                 if (bytes.size() > room) throw std::system_error(EFBIG, std::generic_category());
@@ -217,8 +219,8 @@ TEST_F(ModelDownloaderTest, ChecksGuardTheFinalName) {
             }
         };
         auto writer = std::make_unique<FullDisk>();
-        writer->file = platform::liveOpenForAppend(path, keep);
-        return std::unique_ptr<platform::AppendFile>(std::move(writer));
+        writer->file = platform::liveOpenStaging(path, keep);
+        return std::unique_ptr<Downloader::StagingWriter>(std::move(writer));
     };
     const auto unwritable = install(host.url(), right);
     ASSERT_TRUE(unwritable.error);
@@ -226,7 +228,7 @@ TEST_F(ModelDownloaderTest, ChecksGuardTheFinalName) {
     EXPECT_FALSE(fs::exists(staging()));
     EXPECT_FALSE(fs::exists(destination()));
 
-    settings.openStaging = platform::liveOpenForAppend;
+    settings.openStaging = platform::liveOpenStaging;
     std::string upper = right;
     for (auto& c : upper) c = static_cast<char>(std::toupper(c));
     EXPECT_FALSE(install(host.url(), upper).error);

@@ -141,7 +141,9 @@ TEST(PageFetcherSafety, AllowsPublicHostsAndLookalikesOfPrivateOnes) {
         "http://[2001:db8::1]/",    "http://[fec0::1]/",
         "http://[fe7f::1]/",        "HTTPS://EXAMPLE.COM/Page",
         "HtTp://Example.Org:8080/", "http://10.0.0.1.nip.example/",
-        "http://8.10.127.192/"};
+        "http://8.10.127.192/",     "https://fda.gov/",
+        "https://www.fdic.gov/",    "http://fc2.com/",
+        "https://febreze.com/"};
     for (const auto& address : safe) {
         EXPECT_TRUE(PageFetcher::isSafeToFetch(url(address))) << address;
     }

@@ -14,7 +14,7 @@ namespace nuvrel::platform {
 
 namespace {
 
-class PosixAppendFile final : public AppendFile {
+class PosixAppendFile final : public llm::ModelDownloader::StagingWriter {
 public:
     PosixAppendFile(const std::filesystem::path& path, std::uint64_t keepBytes) : path_(path) {
         fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
@@ -45,8 +45,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<AppendFile> liveOpenForAppend(const std::filesystem::path& path,
-                                              std::uint64_t keepBytes) {
+std::unique_ptr<llm::ModelDownloader::StagingWriter> liveOpenStaging(
+    const std::filesystem::path& path, std::uint64_t keepBytes) {
     return std::make_unique<PosixAppendFile>(path, keepBytes);
 }
 
