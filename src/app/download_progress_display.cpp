@@ -84,7 +84,7 @@ void DownloadProgressDisplay::finish() {
 void DownloadProgressDisplay::draw(const llm::ModelDownloader::Progress& progress) {
     std::optional<double> rate;
     const double seconds = std::chrono::duration<double>(now_() - *start_).count();
-    if (seconds >= 0.5)
+    if (seconds >= 0.5 && progress.receivedBytes >= progress.resumedFromBytes)
         rate = static_cast<double>(progress.receivedBytes - progress.resumedFromBytes) / seconds;
     if (terminal_)
         out_ << "\r\x1b[2K" << progressLine(progress, rate, true) << std::flush;

@@ -180,7 +180,7 @@ private:
             } else if (response.status >= 200 && response.status <= 299) {
                 if (existing > 0) {  // the server ignored the range: start again from 0
                     digest_.reset();
-                    existing = received = 0;
+                    existing = received = resumedFrom_ = 0;
                 }
                 const auto sent = response.contentLength();
                 if (length && sent && *sent != *length) sizeChanged(*length, *sent);
