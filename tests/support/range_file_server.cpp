@@ -56,7 +56,7 @@ RangeFileServer::RangeFileServer(std::shared_ptr<const std::string> file, std::s
                     [this, first, length, drop](std::size_t offset, std::size_t count,
                                                 httplib::DataSink& sink) {
                         if (drop) {
-                            server_->pause(std::chrono::milliseconds(300));
+                            std::this_thread::sleep_for(std::chrono::milliseconds(300));
                             sink.write(file_->data() + first, length / 2);
                             return false;
                         }
