@@ -16,7 +16,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
   libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev libbenchmark-dev curl
 )
 
 missing_packages() {

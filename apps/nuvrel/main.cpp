@@ -15,6 +15,7 @@
 #include "app/install_server_command.h"
 #include "app/json_settings_store.h"
 #include "app/launch.h"
+#include "app/models_command.h"
 #include "app/netlog_command.h"
 #include "app/terminal_session.h"
 #include "base/http.h"
@@ -105,6 +106,10 @@ int main(int argc, char** argv) {
     if (command.verb == app::CommandLine::Verb::netlog) {
         return app::runNetlogCommand(command.netlog, environ, std::cout);
     }
+    if (command.verb == app::CommandLine::Verb::models) {
+        return app::runLiveModelsCommand(command.models, environ, NUVREL_VERSION, routerPort(),
+                                         std::cout, std::cerr);
+    }
     if (!command.options.language) {
         if (auto lang = environmentValue("NUVREL_DEBUG_LANG")) {
             command.options.language = core::appLanguageFromRawValue(*lang);
@@ -150,6 +155,10 @@ int main(int argc, char** argv) {
     state->makePipeline = app::makePipelineFactory(launch);
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);
+    session.noModelInstalled = [&paths] {
+        return !app::modelFileInUse(app::JsonSettingsStore(paths.settingsFile()),
+                                    paths.modelsDirectory());
+    };
     const SignalWatcher watcher(signals, queue, session);
 
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);

@@ -94,6 +94,14 @@ std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std
 
 std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& args) {
     CommandLine line;
+    if (!args.empty() && args[0] == "models") {
+        auto models = parseModelsArguments(args);
+        if (const auto* error = std::get_if<ModelsUsageError>(&models))
+            return UsageError{error->message};
+        line.verb = CommandLine::Verb::models;
+        line.models = std::get<ModelsOptions>(std::move(models));
+        return line;
+    }
     for (const auto& arg : args) {
         if (arg == "--") break;
         if (arg == "--help" || arg == "-h" || (&arg == &args.front() && arg == "help")) {
@@ -152,6 +160,9 @@ Usage:
   nuvrel [options]                          read sentences line by line and answer each
   nuvrel netlog [--json] [--limit N] [--lang en|ko|zh|ja]
                                             list the recent requests that left this computer
+  nuvrel models [list|install|add|use|remove|check-updates] ...
+                                            list, install and switch local models
+                                            (nuvrel models --help)
   nuvrel install-server                     build the local model server if it is missing
                                             (ten minutes or more, once) and print its path
   nuvrel --help | --version

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "app/models_options.h"
 #include "core/app_language.h"
 
 namespace nuvrel::app {
@@ -27,10 +28,11 @@ struct NetlogOptions {
 };
 
 struct CommandLine {
-    enum class Verb { ask, interactive, netlog, installServer, help, version };
+    enum class Verb { ask, interactive, netlog, installServer, help, version, models };
     Verb verb = Verb::interactive;
     AskOptions options;  // ask; interactive takes --lang, --json, --no-network and --yes too
     NetlogOptions netlog;
+    ModelsOptions models;
 };
 
 struct UsageError {

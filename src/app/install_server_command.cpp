@@ -1,14 +1,8 @@
 #include "app/install_server_command.h"
 
-#include <pthread.h>
-#include <signal.h>
-
-#include <atomic>
-#include <thread>
-
+#include "app/interruptible.h"
 #include "app/terminal_session.h"
 #include "base/cancellation.h"
-#include "base/task.h"
 #include "llm/llama_server_installer.h"
 #include "platform/live_llm.h"
 
@@ -17,32 +11,11 @@ namespace {
 
 namespace Installer = llm::LlamaServerInstaller;
 
-// Runs `install` on a task that Ctrl-C or SIGTERM cancels, so that the build is stopped rather
-// than left running without us.
+// Stopped by Ctrl-C or SIGTERM rather than left running without us.
 std::optional<std::filesystem::path> untilInterrupted(
     const std::function<std::optional<std::filesystem::path>()>& install) {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGUSR1);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-
-    base::Task<std::optional<std::filesystem::path>> installing(install);
-    std::thread watcher([&] {
-        int signal = 0;
-        if (sigwait(&signals, &signal) == 0 && signal != SIGUSR1) installing.cancel();
-    });
     std::optional<std::filesystem::path> result;
-    std::exception_ptr failure;
-    try {
-        result = installing.value();
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    pthread_kill(watcher.native_handle(), SIGUSR1);
-    watcher.join();
-    if (failure) std::rethrow_exception(failure);
+    runUntilInterrupted([&] { result = install(); });
     return result;
 }
 

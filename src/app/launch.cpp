@@ -28,14 +28,22 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
     const auto resolved =
         llm::resolveModelPath(userDefaults.string(settingsKey::modelFile), llm::modelsDirectory(),
                               llm::liveFileExists, diagnostics);
-    const std::string fileName = resolved.path.filename().string();
+    return forModel(userDefaults, resolved.path, resolved.isInterim, std::move(session),
+                    diagnostics, routerPort);
+}
+
+LLMRuntime LLMRuntime::forModel(const SettingsStoring& userDefaults,
+                                const std::filesystem::path& modelPath, bool isInterim,
+                                std::shared_ptr<base::HttpSession> session,
+                                const base::Diagnostics& diagnostics, int routerPort) {
+    const std::string fileName = modelPath.filename().string();
     auto manager = std::make_shared<llm::LlamaServerManager>(
-        resolved.path, routerPort, session, llm::LlamaServerMode::chat,
+        modelPath, routerPort, session, llm::LlamaServerMode::chat,
         llm::LlamaServerManager::routerContextSize(fileName),
         platform::liveLlamaServerEnvironment(diagnostics));
     LLMRuntime runtime;
     runtime.manager = manager;
-    runtime.isInterimModel = resolved.isInterim;
+    runtime.isInterimModel = isInterim;
     // Both roles talk to the router's server, wherever it listens.
     const auto onRouterPort = [routerPort](llm::LlamaServerBackend backend) {
         backend.baseURL = *base::Url::parse("http://127.0.0.1:" + std::to_string(routerPort));

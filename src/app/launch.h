@@ -2,6 +2,7 @@
 // Assembles what the program needs to answer a sentence: the HTTP session, the local model
 // backends and the function that makes a pipeline for each run from the current settings.
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,6 +44,12 @@ struct LLMRuntime {
                            std::shared_ptr<base::HttpSession> session,
                            const base::Diagnostics& diagnostics,
                            int routerPort = llm::routerServerPort);
+    // The same for a given model file, as a model switch needs it.
+    static LLMRuntime forModel(const SettingsStoring& userDefaults,
+                               const std::filesystem::path& modelPath, bool isInterim,
+                               std::shared_ptr<base::HttpSession> session,
+                               const base::Diagnostics& diagnostics,
+                               int routerPort = llm::routerServerPort);
     // The router, then the summary server, then the embedding server.
     void stopServers() const;
 };

@@ -114,6 +114,11 @@ int TerminalSession::printSettled() {
             out_ << outcomeJSON(*outcome).dump() << '\n';
         else
             out_ << cardText(*outcome, strings);
+        const auto* error = outcome->asError();
+        if (!json_ && error && error->message == strings.llmUnavailableMessage &&
+            noModelInstalled && noModelInstalled()) {
+            out_ << strings.modelInstallHintLine << '\n';
+        }
         return exitStatusOf(*outcome);
     }
     if (const auto* steps = phase.asChain()) {

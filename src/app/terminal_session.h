@@ -3,6 +3,7 @@
 // prints each settled outcome as card text or JSON.
 
 #include <atomic>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -49,6 +50,10 @@ public:
     void terminate();
     // True while blocked reading a line; safe to ask from any thread.
     bool isReadingInput() const { return readingInput_; }
+
+    // Asked when the local model could not be reached: true when no model file is installed,
+    // and the card then gets one more line that says how to install one.
+    std::function<bool()> noModelInstalled;
 
 private:
     int printSettled();

@@ -360,7 +360,24 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(confirmDeleteRowPromptTemplate)              \
     TEXT(confirmNotCarriedOutMessage)                 \
     TEXT(notificationServiceUnavailableMessage)       \
-    TEXT(notificationServiceUnavailableRecovery)
+    TEXT(notificationServiceUnavailableRecovery)      \
+    TEXT(modelDownloadFailedMessage)                  \
+    TEXT(modelChecksumMismatchTemplate)               \
+    TEXT(modelNotEnoughSpaceTemplate)                 \
+    TEXT(modelInstallHintLine)                        \
+    TEXT(modelInstalledTemplate)                      \
+    TEXT(modelInstallStoppedMessage)                  \
+    TEXT(modelResumingTemplate)                       \
+    TEXT(modelUnknownNameTemplate)                    \
+    TEXT(modelNowUsingTemplate)                       \
+    TEXT(modelStillUsingTemplate)                     \
+    TEXT(modelRemovedTemplate)                        \
+    TEXT(modelRemoveForceHint)                        \
+    TEXT(modelFileNotInstalledTemplate)               \
+    TEXT(modelUpdateCheckFailedMessage)               \
+    TEXT(modelUpdateInstallHintTemplate)              \
+    TEXT(modelRoleRouterLabel)                        \
+    TEXT(modelRoleSummaryLabel)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

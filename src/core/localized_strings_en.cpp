@@ -370,6 +370,23 @@ const LocalizedStrings& LocalizedStrings::en() {
         .confirmNotCarriedOutMessage = "Nothing was done: confirm on a terminal, or run again with --yes.",
         .notificationServiceUnavailableMessage = "Can't show notifications here",
         .notificationServiceUnavailableRecovery = "Timers need a desktop session with a notification service (D-Bus org.freedesktop.Notifications).",
+        .modelDownloadFailedMessage = "Couldn't download the model",
+        .modelChecksumMismatchTemplate = "The downloaded file didn't match its checksum and was deleted (expected %1$@, got %2$@)",
+        .modelNotEnoughSpaceTemplate = "Not enough free disk space: the model needs %1$@ more, but only %2$@ is free",
+        .modelInstallHintLine = "To install a model, run: nuvrel models install",
+        .modelInstalledTemplate = "Installed %@",
+        .modelInstallStoppedMessage = "Stopped. What arrived is kept — run the same install again to resume.",
+        .modelResumingTemplate = "Resuming: %@ already downloaded",
+        .modelUnknownNameTemplate = "No model called “%@” — run “nuvrel models” to see the names",
+        .modelNowUsingTemplate = "Now using %@",
+        .modelStillUsingTemplate = "Still using %@",
+        .modelRemovedTemplate = "Removed %@",
+        .modelRemoveForceHint = "Add --force to remove it anyway.",
+        .modelFileNotInstalledTemplate = "%@ is not installed",
+        .modelUpdateCheckFailedMessage = "Couldn't check for model updates",
+        .modelUpdateInstallHintTemplate = "Install it with: nuvrel models install %@",
+        .modelRoleRouterLabel = "understands requests",
+        .modelRoleSummaryLabel = "summaries",
     };
     // clang-format on
     return value;

@@ -444,6 +444,30 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .notificationServiceUnavailableRecovery =
             "タイマーには通知サービス（D-Bus "
             "org.freedesktop.Notifications）のあるデスクトップセッションが必要です。",
+        .modelDownloadFailedMessage = "モデルをダウンロードできませんでした",
+        .modelChecksumMismatchTemplate =
+            "ダウンロードしたファイルのチェックサムが一致しないため削除しました（期待値 %1$@、実際 "
+            "%2$@）",
+        .modelNotEnoughSpaceTemplate =
+            "ディスクの空き容量が足りません：モデルにはあと %1$@ 必要ですが、空きは %2$@ です",
+        .modelInstallHintLine =
+            "モデルをインストールするには次を実行してください：nuvrel models install",
+        .modelInstalledTemplate = "%@ をインストールしました",
+        .modelInstallStoppedMessage =
+            "中断しました。受信済みの部分は残してあるので、同じインストールをもう一度実行すると続き"
+            "から再開します。",
+        .modelResumingTemplate = "再開します：%@ ダウンロード済み",
+        .modelUnknownNameTemplate =
+            "「%@」というモデルはありません。名前は「nuvrel models」で確認できます",
+        .modelNowUsingTemplate = "%@ を使用します",
+        .modelStillUsingTemplate = "引き続き %@ を使用します",
+        .modelRemovedTemplate = "%@ を削除しました",
+        .modelRemoveForceHint = "それでも削除するには --force を付けてください。",
+        .modelFileNotInstalledTemplate = "%@ はインストールされていません",
+        .modelUpdateCheckFailedMessage = "モデルの更新を確認できませんでした",
+        .modelUpdateInstallHintTemplate = "インストールするには：nuvrel models install %@",
+        .modelRoleRouterLabel = "リクエストの理解",
+        .modelRoleSummaryLabel = "要約",
     };
     return value;
 }

@@ -428,6 +428,27 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .notificationServiceUnavailableRecovery =
             "타이머를 쓰려면 알림 서비스(D-Bus org.freedesktop.Notifications)가 있는 데스크톱 "
             "세션이 필요합니다.",
+        .modelDownloadFailedMessage = "모델을 내려받지 못했습니다",
+        .modelChecksumMismatchTemplate =
+            "내려받은 파일의 체크섬이 맞지 않아 삭제했습니다 (예상 %1$@, 실제 %2$@)",
+        .modelNotEnoughSpaceTemplate =
+            "디스크 공간이 부족합니다: 모델에 %1$@가 더 필요하지만 %2$@만 남아 있습니다",
+        .modelInstallHintLine = "모델을 설치하려면 다음을 실행하세요: nuvrel models install",
+        .modelInstalledTemplate = "%@ 설치 완료",
+        .modelInstallStoppedMessage =
+            "중단했습니다. 받은 부분은 남겨 두었으니 같은 설치를 다시 실행하면 이어서 받습니다.",
+        .modelResumingTemplate = "이어서 받습니다: %@ 받음",
+        .modelUnknownNameTemplate =
+            "“%@”이라는 모델이 없습니다. 이름은 “nuvrel models”로 확인하세요",
+        .modelNowUsingTemplate = "이제 %@ 모델을 사용합니다",
+        .modelStillUsingTemplate = "계속 %@ 모델을 사용합니다",
+        .modelRemovedTemplate = "%@ 삭제 완료",
+        .modelRemoveForceHint = "그래도 삭제하려면 --force를 붙이세요.",
+        .modelFileNotInstalledTemplate = "%@ 모델이 설치되어 있지 않습니다",
+        .modelUpdateCheckFailedMessage = "모델 업데이트를 확인하지 못했습니다",
+        .modelUpdateInstallHintTemplate = "설치하려면: nuvrel models install %@",
+        .modelRoleRouterLabel = "요청 이해",
+        .modelRoleSummaryLabel = "요약",
     };
     return value;
 }

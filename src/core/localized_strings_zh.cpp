@@ -393,6 +393,23 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .notificationServiceUnavailableMessage = "此处无法显示通知",
         .notificationServiceUnavailableRecovery =
             "计时器需要带有通知服务（D-Bus org.freedesktop.Notifications）的桌面会话。",
+        .modelDownloadFailedMessage = "无法下载模型",
+        .modelChecksumMismatchTemplate = "下载的文件校验和不符，已删除（预期 %1$@，实际 %2$@）",
+        .modelNotEnoughSpaceTemplate = "磁盘空间不足：模型还需要 %1$@，但只剩 %2$@",
+        .modelInstallHintLine = "要安装模型，请运行：nuvrel models install",
+        .modelInstalledTemplate = "已安装 %@",
+        .modelInstallStoppedMessage = "已停止。已下载的部分会保留，再次运行相同的安装即可继续。",
+        .modelResumingTemplate = "继续下载：已下载 %@",
+        .modelUnknownNameTemplate = "没有名为“%@”的模型，运行“nuvrel models”查看名称",
+        .modelNowUsingTemplate = "现在使用 %@",
+        .modelStillUsingTemplate = "仍在使用 %@",
+        .modelRemovedTemplate = "已删除 %@",
+        .modelRemoveForceHint = "如仍要删除，请加上 --force。",
+        .modelFileNotInstalledTemplate = "%@ 未安装",
+        .modelUpdateCheckFailedMessage = "无法检查模型更新",
+        .modelUpdateInstallHintTemplate = "安装方法：nuvrel models install %@",
+        .modelRoleRouterLabel = "理解请求",
+        .modelRoleSummaryLabel = "摘要",
     };
     return value;
 }

@@ -39,9 +39,11 @@ void shutDownAcceptedConnections(int port) {
 
 }  // namespace
 
-LoopbackServer::LoopbackServer(const std::function<void(httplib::Server&)>& routes) {
+LoopbackServer::LoopbackServer(const std::function<void(httplib::Server&)>& routes,
+                               std::string host)
+    : host_(std::move(host)) {
     routes(server_);
-    port_ = server_.bind_to_any_port("127.0.0.1");
+    port_ = server_.bind_to_any_port(host_);
     if (port_ <= 0) throw std::runtime_error("loopback server: no port to bind");
     thread_ = std::thread([this] { server_.listen_after_bind(); });
     // The socket listens from bind on, so connections already queue; waiting for the loop
@@ -69,7 +71,7 @@ LoopbackServer::~LoopbackServer() {
 }
 
 std::string LoopbackServer::url(std::string_view path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + std::string(path);
+    return "http://" + host_ + ":" + std::to_string(port_) + std::string(path);
 }
 
 bool LoopbackServer::pause(std::chrono::milliseconds duration) {

@@ -17,9 +17,10 @@ namespace nuvrel::test {
 
 class LoopbackServer {
 public:
-    // Calls `routes` to register handlers, then starts listening; returns once the server
-    // accepts connections.
-    explicit LoopbackServer(const std::function<void(httplib::Server&)>& routes);
+    // Calls `routes` to register handlers, then starts listening on `host` (any 127.x.y.z
+    // address: a second one stands for another host); returns once it accepts connections.
+    explicit LoopbackServer(const std::function<void(httplib::Server&)>& routes,
+                            std::string host = "127.0.0.1");
     // Stops listening, wakes handlers waiting in pause(), closes connections that clients
     // keep open, and joins the server's threads.
     ~LoopbackServer();
@@ -27,7 +28,7 @@ public:
     LoopbackServer& operator=(const LoopbackServer&) = delete;
 
     int port() const { return port_; }
-    // "http://127.0.0.1:<port>" followed by `path`.
+    // "http://<host>:<port>" followed by `path`.
     std::string url(std::string_view path = "/") const;
 
     // For slow handlers: waits `duration`, but returns false at once when the server is
@@ -36,6 +37,7 @@ public:
 
 private:
     httplib::Server server_;
+    std::string host_;
     int port_ = 0;
     std::thread thread_;
     std::mutex mutex_;
