@@ -14,6 +14,7 @@
 #include "llm/llama_server_backend.h"
 #include "llm/llama_server_manager.h"
 #include "llm/managed_llama_backend.h"
+#include "platform/live_llm.h"
 #include "support/real_llama_server.h"
 #include "support/temporary_home.h"
 
@@ -34,7 +35,7 @@ struct RealServer {
     std::shared_ptr<llm::LlamaServerManager> manager;
 
     RealServer() {
-        auto environment = llm::LlamaServerManager::liveEnvironment();
+        auto environment = platform::liveLlamaServerEnvironment({});
         environment.findServerBinary = [] { return std::optional(test::realServerBinary()); };
         environment.timing.healthPollInterval = std::chrono::milliseconds(20);
         manager = std::make_shared<llm::LlamaServerManager>(test::tinyTestModel(), benchPort,

@@ -116,16 +116,19 @@ int main(int argc, char** argv) {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // before any thread starts: all inherit it
 
     base::MainQueue queue;
+    // The program's one sink of diagnostic lines: standard error.
+    const base::Diagnostics diagnostics(base::standardErrorSink());
     const auto paths = base::XdgPaths::fromEnvironment();
-    auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile());
+    auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile(), diagnostics);
     app::AppState::Environment environment;
     environment.userDefaults = defaults;
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
+    environment.diagnostics = diagnostics;
     environment.languageOverride = command.options.language;
     auto httpSession = std::make_shared<base::HttpSession>();
     auto runtime = std::make_shared<app::LLMRuntime>(
-        app::LLMRuntime::make(*defaults, httpSession, routerPort()));
+        app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort()));
     environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
     auto state = app::AppState::create(queue, environment);
     app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
@@ -133,6 +136,8 @@ int main(int argc, char** argv) {
                                                                   paths.networkActivityFile());
     launch.session = httpSession;
     launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
+    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
+    launch.diagnostics = diagnostics;
     state->makePipeline = app::makePipelineFactory(launch);
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);

@@ -35,9 +35,9 @@ std::optional<CalcResult> percentageOf(std::string_view withoutFillers) {
     std::string display;
     double result = share;
     // A base that does not parse (it overflowed) leaves the share alone, as a base-less sum.
-    const std::optional<double> baseValue =
-        found->matched(1) && found->matched(2) ? base::text::parseDecimal(found->group(1))
-                                               : std::nullopt;
+    const std::optional<double> baseValue = found->matched(1) && found->matched(2)
+                                                ? base::text::parseDecimal(found->group(1))
+                                                : std::nullopt;
     if (baseValue && std::isfinite(*baseValue)) {
         result = found->group(2) == "+" ? *baseValue + share : *baseValue - share;
         display = std::string(found->group(1)) + " " + std::string(found->group(2)) + " ";

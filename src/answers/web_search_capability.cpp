@@ -34,14 +34,15 @@ double millisecondsBetween(Instant from, Instant to) {
     return std::chrono::duration<double, std::milli>(to - from).count();
 }
 
-void writeLatencyLine(Instant start, Instant searched, Instant fetched, Instant summarized) {
+void writeLatencyLine(const base::Diagnostics& diagnostics, Instant start, Instant searched,
+                      Instant fetched, Instant summarized) {
     char line[160];
     std::snprintf(line, sizeof line,
                   "websearch: search=%.0fms fetch=%.0fms summarize=%.0fms total=%.0fms",
                   millisecondsBetween(start, searched), millisecondsBetween(searched, fetched),
                   millisecondsBetween(fetched, summarized),
                   millisecondsBetween(start, std::chrono::steady_clock::now()));
-    base::diag::latency.line(line);
+    diagnostics.latency(line);
 }
 
 std::vector<core::WebSource> webSources(
@@ -143,7 +144,7 @@ core::CapabilityResult WebSearchCapability::execute(const core::ActionPlan& plan
             answer.summaryIsExtractive = answer.summary.has_value();
         }
     }
-    writeLatencyLine(start, searched, fetched, std::chrono::steady_clock::now());
+    writeLatencyLine(diagnostics, start, searched, fetched, std::chrono::steady_clock::now());
     return core::CapabilityResult::WebAnswer{.answer = std::move(answer)};
 }
 

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/diagnostics.h"
 #include "core/app_language.h"
 #include "core/capability.h"
 #include "llm/llm_backend.h"
@@ -48,6 +49,7 @@ public:
     wayfen::EmbeddingProviderPtr embeddingBackend;
     // The wall clock, for the year that a query asking for the latest gains.
     Clock now = std::chrono::system_clock::now;
+    base::Diagnostics diagnostics{};
 
     core::IntentID intentID() const override { return core::IntentID::webSearch; }
 

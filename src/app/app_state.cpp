@@ -1,12 +1,11 @@
 #include "app/app_state.h"
 
-#include "base/cancellation.h"
-
 #include <cassert>
 #include <limits>
 #include <utility>
 
 #include "app/settings_keys.h"
+#include "base/cancellation.h"
 #include "base/diagnostics.h"
 #include "base/text.h"
 
@@ -36,7 +35,8 @@ AppState::AppState(base::MainQueue& mainQueue, Environment environment)
     : queue_(mainQueue),
       userDefaults_(std::move(environment.userDefaults)),
       keychain_(std::move(environment.keychain)),
-      debugLoggingEnabled_(environment.debugLoggingEnabled) {
+      debugLoggingEnabled_(environment.debugLoggingEnabled),
+      diagnostics_(std::move(environment.diagnostics)) {
     assert(userDefaults_);
     loadSettings(environment.preferredLanguages, environment.defaultModelFileName);
     if (environment.languageOverride) lang_ = *environment.languageOverride;
@@ -230,8 +230,7 @@ void AppState::selectModel(const std::string& fileName) {
     requireMainThread();
     if (fileName == selectedModelFileName_) return;
     if (isInstallingModel_) {
-        base::diag::event.line("selectModel(" + fileName +
-                               ") ignored — a model install is in flight");
+        diagnostics_.event("selectModel(" + fileName + ") ignored — a model install is in flight");
         return;
     }
     std::string previous = selectedModelFileName_;
@@ -322,14 +321,14 @@ std::size_t AppState::tasksInFlight() {
 
 AppState::TrackedTask AppState::startTracked(std::function<void()> body) {
     auto completion = std::make_shared<TaskCompletion>();
-    base::Task<void> task([completion, queue = &queue_, body = std::move(body)] {
+    base::Task<void> task([completion, queue = &queue_, diagnostics = diagnostics_,
+                           body = std::move(body)] {
         try {
             body();
         } catch (const base::Cancelled&) {
             // A stop request ends the task quietly; whoever cancelled it set the phase.
         } catch (const std::exception& error) {
-            base::diag::event.line(std::string("background task ended with an error: ") +
-                                   error.what());
+            diagnostics.event(std::string("background task ended with an error: ") + error.what());
         }
         completion->markDone();
         queue->wake();

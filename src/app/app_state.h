@@ -34,6 +34,7 @@
 #include "app/row_keyboard_actions.h"
 #include "app/settings_storing.h"
 #include "app/task_completion.h"
+#include "base/diagnostics.h"
 #include "base/main_queue.h"
 #include "base/task.h"
 #include "core/app_language.h"
@@ -61,6 +62,7 @@ public:
         bool debugLoggingEnabled = false;
         // A language for this process only (a command-line choice); never stored.
         std::optional<core::AppLanguage> languageOverride{};
+        base::Diagnostics diagnostics{};
     };
 
     using MakePipeline =
@@ -179,6 +181,7 @@ private:
         core::AppLanguage language = core::AppLanguage::en;
         std::shared_ptr<const TaskCompletion> modelSwitch;  // to wait for, if one was in flight
         bool debugLogging = false;
+        base::Diagnostics diagnostics{};
     };
 
     AppState(base::MainQueue& mainQueue, Environment environment);
@@ -189,8 +192,8 @@ private:
     TrackedTask startTracked(std::function<void()> body);
     void retireRunTask();
     void reapFinishedTasks();
-    void finishModelSwitch(std::uint64_t switchGeneration, bool failed,
-                           const std::string& previous, const std::string& fileName);
+    void finishModelSwitch(std::uint64_t switchGeneration, bool failed, const std::string& previous,
+                           const std::string& fileName);
 
     // The run task's body and the steps it takes on the main thread (app_state_run.cpp).
     static void runTaskBody(const RunContext& run);
@@ -203,6 +206,7 @@ private:
     const std::shared_ptr<SettingsStoring> userDefaults_;
     const std::shared_ptr<KeychainStoring> keychain_;
     const bool debugLoggingEnabled_;
+    const base::Diagnostics diagnostics_;
 
     Phase phase_ = Phase::idle();
     std::string query_;

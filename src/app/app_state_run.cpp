@@ -20,13 +20,13 @@ namespace {
 // The pipeline promises not to throw; should one still do so, the user gets the generic
 // error instead of a spinner that never ends.
 core::PipelineOutcome runGuarded(const pipeline::PipelineRunning& pipeline, std::string_view query,
-                                 core::AppLanguage language) {
+                                 core::AppLanguage language, const base::Diagnostics& diagnostics) {
     try {
         return pipeline.run(query);
     } catch (const base::Cancelled&) {
         return core::PipelineOutcome::cancelled();
     } catch (const std::exception& error) {
-        base::diag::event.line(std::string("pipeline run failed: ") + error.what());
+        diagnostics.event(std::string("pipeline run failed: ") + error.what());
         return core::PipelineOutcome::error(
             core::UserFacingError(core::LocalizedStrings::strings(language).genericErrorMessage));
     }
@@ -57,11 +57,12 @@ bool countsAsFirstQuery(const core::PipelineOutcome& outcome) {
            !result->is<core::CapabilityResult::HelpOverview>();
 }
 
-void logChain(const std::vector<ChainStepState>& steps, core::AppLanguage language) {
+void logChain(const std::vector<ChainStepState>& steps, core::AppLanguage language,
+              const base::Diagnostics& diagnostics) {
     const std::string total = std::to_string(steps.size());
     for (const auto& step : steps) {
-        debugDiagnostics.line("chain step " + std::to_string(step.id + 1) + "/" + total + ": " +
-                              describeOutcome(*step.outcome, language));
+        diagnostics.line(debugTag, "chain step " + std::to_string(step.id + 1) + "/" + total +
+                                       ": " + describeOutcome(*step.outcome, language));
     }
 }
 
@@ -105,6 +106,7 @@ void AppState::run(std::string_view rawQuery) {
         context.modelSwitch = modelSwitchTask_->completion;
     }
     context.debugLogging = debugLoggingEnabled_;
+    context.diagnostics = diagnostics_;
     runTask_.emplace(startTracked([context = std::move(context)] { runTaskBody(context); }));
     notify();
 }
@@ -135,14 +137,14 @@ void AppState::runTaskBody(const RunContext& run) {
         throw;
     } catch (const std::exception& error) {
         // Not worth failing the query over: it runs as one request.
-        base::diag::event.line(std::string("chain decomposition failed: ") + error.what());
+        run.diagnostics.event(std::string("chain decomposition failed: ") + error.what());
     }
     if (steps && !steps->empty()) {
         runChain(run, *pipeline, *steps);
         return;
     }
 
-    core::PipelineOutcome outcome = runGuarded(*pipeline, run.query, run.language);
+    core::PipelineOutcome outcome = runGuarded(*pipeline, run.query, run.language, run.diagnostics);
     // Posted rather than awaited: nothing follows in this task, and the job itself decides on
     // the main thread whether the outcome is still wanted.
     run.queue->post([run, cancellation, outcome = std::move(outcome)]() mutable {
@@ -178,7 +180,8 @@ void AppState::runChain(const RunContext& run, const pipeline::PipelineRunning& 
 
     // Every step runs whatever became of the earlier ones: a failed step shows in its row.
     for (auto& step : steps) {
-        core::PipelineOutcome outcome = runGuarded(pipeline, step.subQuery, run.language);
+        core::PipelineOutcome outcome =
+            runGuarded(pipeline, step.subQuery, run.language, run.diagnostics);
         const bool last = &step == &steps.back();
         if (!onMain(run, [&](AppState& state) {
                 if (!stillCurrent(state)) return false;
@@ -186,7 +189,7 @@ void AppState::runChain(const RunContext& run, const pipeline::PipelineRunning& 
                 publish(state);
                 // In the same job as the last step: a front end that waits for the chain to
                 // settle and then exits still finds the lines written.
-                if (last && run.debugLogging) logChain(steps, run.language);
+                if (last && run.debugLogging) logChain(steps, run.language, run.diagnostics);
                 return true;
             })) {
             return;
@@ -210,7 +213,7 @@ void AppState::publishResult(const RunContext& run, core::PipelineOutcome outcom
         notify();
     }
     if (run.debugLogging)
-        debugDiagnostics.line("outcome: " + describeOutcome(outcome, run.language));
+        run.diagnostics.line(debugTag, "outcome: " + describeOutcome(outcome, run.language));
 }
 
 }  // namespace nuvrel::app

@@ -7,13 +7,13 @@
 #include <string>
 #include <string_view>
 
-#include "base/diagnostics.h"
 #include "core/app_language.h"
 #include "core/pipeline_outcome.h"
 
 namespace nuvrel::app {
 
-inline constexpr base::DiagnosticWriter debugDiagnostics{"[nuvrel-debug] "};
+// The tag of the debug log's lines.
+inline constexpr std::string_view debugTag = "[nuvrel-debug] ";
 
 // True when a variable whose name begins with NUVREL_DEBUG_ is set in `environment`, a
 // null-terminated "NAME=value" list such as environ.

@@ -10,6 +10,7 @@
 #include "base/cancellation.h"
 #include "base/task.h"
 #include "llm/llama_server_installer.h"
+#include "platform/live_llm.h"
 
 namespace nuvrel::app {
 namespace {
@@ -49,14 +50,14 @@ std::optional<std::filesystem::path> untilInterrupted(
 
 int runInstallServerCommand(NetworkActivityLog& log, std::ostream& out, std::ostream& err) {
     auto operations =
-        Installer::liveOperations([&log](std::string_view host, std::string_view path) {
+        platform::liveInstallerOperations([&log](std::string_view host, std::string_view path) {
             log.record(std::string(host), std::string(path),
                        NetworkActivityLog::Purpose::modelDownload);
         });
     operations.runInstall = [&err](const std::filesystem::path& script) {
         err << "nuvrel: building llama-server with " << script.string()
             << " (ten minutes or more, the first time only)" << std::endl;
-        Installer::liveRunInstall(script, "/dev/stderr");
+        platform::liveRunInstall(script, "/dev/stderr");
     };
     try {
         if (auto binary =

@@ -11,13 +11,13 @@ namespace nuvrel::app {
 
 namespace {
 
-nlohmann::json readObject(const std::filesystem::path& file) {
+nlohmann::json readObject(const std::filesystem::path& file, const base::Diagnostics& diagnostics) {
     const auto bytes = base::readFile(file);
     if (!bytes) return nlohmann::json::object();
     auto parsed = nlohmann::json::parse(*bytes, nullptr, /*allow_exceptions=*/false);
     if (!parsed.is_object()) {
         if (!bytes->empty())
-            base::diag::event.line("settings file is not a JSON object; starting empty");
+            diagnostics.event("settings file is not a JSON object; starting empty");
         return nlohmann::json::object();
     }
     return parsed;
@@ -25,8 +25,10 @@ nlohmann::json readObject(const std::filesystem::path& file) {
 
 }  // namespace
 
-JsonSettingsStore::JsonSettingsStore(std::filesystem::path file)
-    : file_(std::move(file)), values_(readObject(file_)) {}
+JsonSettingsStore::JsonSettingsStore(std::filesystem::path file, base::Diagnostics diagnostics)
+    : file_(std::move(file)),
+      diagnostics_(std::move(diagnostics)),
+      values_(readObject(file_, diagnostics_)) {}
 
 nlohmann::json JsonSettingsStore::lookup(std::string_view key) const {
     std::lock_guard lock(mutex_);
@@ -107,7 +109,7 @@ void JsonSettingsStore::persist(std::string bytes, std::uint64_t version) {
     try {
         base::writeFileAtomically(file_, bytes);
     } catch (const std::filesystem::filesystem_error& error) {
-        base::diag::event.line("settings could not be written (" + error.code().message() + ")");
+        diagnostics_.event("settings could not be written (" + error.code().message() + ")");
     }
 }
 

@@ -11,12 +11,13 @@
 #include <nlohmann/json.hpp>
 
 #include "app/settings_storing.h"
+#include "base/diagnostics.h"
 
 namespace nuvrel::app {
 
 class JsonSettingsStore final : public SettingsStoring {
 public:
-    explicit JsonSettingsStore(std::filesystem::path file);
+    explicit JsonSettingsStore(std::filesystem::path file, base::Diagnostics diagnostics = {});
 
     std::optional<std::string> string(std::string_view key) const override;
     std::optional<std::int64_t> integer(std::string_view key) const override;
@@ -36,6 +37,7 @@ private:
     void persist(std::string bytes, std::uint64_t version);
 
     const std::filesystem::path file_;
+    const base::Diagnostics diagnostics_;
     mutable std::mutex mutex_;
     nlohmann::json values_;
     std::uint64_t version_ = 0;

@@ -10,17 +10,21 @@
 #include "llm/model_resolution.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/live_llm.h"
 
 namespace nuvrel::app {
 
 LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
-                            std::shared_ptr<base::HttpSession> session, int routerPort) {
-    const auto resolved = llm::resolveModelPath(userDefaults.string(settingsKey::modelFile),
-                                                llm::modelsDirectory(), llm::liveFileExists);
+                            std::shared_ptr<base::HttpSession> session,
+                            const base::Diagnostics& diagnostics, int routerPort) {
+    const auto resolved =
+        llm::resolveModelPath(userDefaults.string(settingsKey::modelFile), llm::modelsDirectory(),
+                              llm::liveFileExists, diagnostics);
     const std::string fileName = resolved.path.filename().string();
     auto manager = std::make_shared<llm::LlamaServerManager>(
         resolved.path, routerPort, session, llm::LlamaServerMode::chat,
-        llm::LlamaServerManager::routerContextSize(fileName));
+        llm::LlamaServerManager::routerContextSize(fileName),
+        platform::liveLlamaServerEnvironment(diagnostics));
     LLMRuntime runtime;
     runtime.manager = manager;
     runtime.isInterimModel = resolved.isInterim;
@@ -30,9 +34,10 @@ LLMRuntime LLMRuntime::make(const SettingsStoring& userDefaults,
         return backend;
     };
     runtime.routingBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing");
+        manager, onRouterPort(llm::LlamaServerBackend::routing(session)), "routing", diagnostics);
     runtime.summaryBackend = std::make_shared<llm::ManagedLlamaBackend>(
-        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary");
+        manager, onRouterPort(llm::LlamaServerBackend::summarySharingRouter(session)), "summary",
+        diagnostics);
     return runtime;
 }
 
@@ -56,7 +61,8 @@ WebRetrieval makeWebRetrieval(const LaunchSettings& settings) {
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
     return [runtime = settings.runtime, defaults = settings.userDefaults,
-            forbidden = settings.networkForbidden,
+            forbidden = settings.networkForbidden, diagnostics = settings.diagnostics,
+            debugSlots = settings.debugSlotsLogging,
             web = makeWebRetrieval(settings)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
@@ -65,11 +71,14 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             runtime->manager->modelPath().filename().string());
         pipeline->language = language;
         pipeline->summarizer = runtime->summaryBackend;
+        pipeline->diagnostics = diagnostics;
+        pipeline->debugSlotsLogging = debugSlots;
         auto webSearch = std::make_shared<answers::WebSearchCapability>();
         webSearch->language = language;
         webSearch->transport = web.transport;
         webSearch->summarizer = runtime->summaryBackend;
         webSearch->pageFetcher = web.pageFetcher;
+        webSearch->diagnostics = diagnostics;
         pipeline->registry = core::CapabilityRegistry({webSearch});
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =

@@ -11,6 +11,7 @@
 #include "app/network_activity_log.h"
 #include "app/settings_storing.h"
 #include "app/web_retrieval.h"
+#include "base/diagnostics.h"
 #include "base/http.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
@@ -30,6 +31,7 @@ struct LLMRuntime {
     // `routerPort` moves the router's server off its fixed port, for tests only.
     static LLMRuntime make(const SettingsStoring& userDefaults,
                            std::shared_ptr<base::HttpSession> session,
+                           const base::Diagnostics& diagnostics,
                            int routerPort = llm::routerServerPort);
     void stopServers() const;
 };
@@ -48,6 +50,9 @@ struct LaunchSettings {
     std::shared_ptr<base::HttpSession> session{};
     // NUVREL_DEBUG_WEB_BAD_HOST is set.
     bool debugWebBadHost = false;
+    // NUVREL_DEBUG_QUERY is set: every routed intent is logged with its slots.
+    bool debugSlotsLogging = false;
+    base::Diagnostics diagnostics{};
     WebServiceEndpoints webEndpoints = WebServiceEndpoints::publicServices();
 };
 

@@ -1,28 +1,40 @@
 #pragma once
-// Diagnostic lines on standard error: one writer per tag, each line written whole so that
-// lines from several threads never interleave. Personal text (queries, file names, message
+// Diagnostic lines, one each with a tag, into one sink that the program makes at the top and
+// hands down; tests hand down a recording one. Personal text (queries, file names, message
 // bodies) never goes into a diagnostic line.
 
+#include <memory>
 #include <string_view>
 
 namespace nuvrel::base {
 
-class DiagnosticWriter {
+class DiagnosticSink {
 public:
-    explicit constexpr DiagnosticWriter(std::string_view tag) : tag_(tag) {}
-    // Writes the tag, the message and a line end in one write.
-    void line(std::string_view message) const;
-    constexpr std::string_view tag() const { return tag_; }
-
-private:
-    std::string_view tag_;
+    virtual ~DiagnosticSink() = default;
+    // One whole line, its tag included and its line end not. Called from any thread.
+    virtual void writeLine(std::string_view line) = 0;
 };
 
-namespace diag {
-// Events of the program's life: servers, models, failures.
-inline constexpr DiagnosticWriter event{"[Nuvrel] "};
-// Timings.
-inline constexpr DiagnosticWriter latency{"[nuvrel-latency] "};
-}  // namespace diag
+// Standard error, each line in one write, so that lines from several threads never interleave.
+std::shared_ptr<DiagnosticSink> standardErrorSink();
+
+// Writes tagged lines into a sink. A plain value, cheap to copy; safe to share across threads
+// when its sink is.
+class Diagnostics {
+public:
+    // Into standard error.
+    Diagnostics();
+    explicit Diagnostics(std::shared_ptr<DiagnosticSink> sink);
+
+    // "[Nuvrel] ": events of the program's life: servers, models, failures.
+    void event(std::string_view message) const;
+    // "[nuvrel-latency] ": timings.
+    void latency(std::string_view message) const;
+    // A line under a tag of its own, such as a debug hook's.
+    void line(std::string_view tag, std::string_view message) const;
+
+private:
+    std::shared_ptr<DiagnosticSink> sink_;
+};
 
 }  // namespace nuvrel::base

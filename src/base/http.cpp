@@ -1,6 +1,9 @@
 #include "base/http.h"
 
+#include <arpa/inet.h>
 #include <curl/curl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <atomic>
@@ -141,6 +144,8 @@ struct Hop {
     End end = End::complete;
     std::optional<Url> redirectTarget;
     std::exception_ptr error;
+    // The last address the connect policy refused.
+    std::optional<std::string> refusedAddress;
     std::chrono::steady_clock::time_point lastActivity = std::chrono::steady_clock::now();
 
     HttpResponse head() const { return HttpResponse{status, headers, {}, false, request.url}; }
@@ -282,12 +287,44 @@ Slist buildHeaderList(const HopRequest& request, bool sendsBody) {
     return list;
 }
 
+// Asks the session's connect policy before curl opens a socket to an address.
+curl_socket_t openCheckedSocket(void* data, curlsocktype purpose, curl_sockaddr* address) {
+    auto& hop = *static_cast<Hop*>(data);
+    if (purpose == CURLSOCKTYPE_IPCXN) {
+        SocketAddress target;
+        if (address->family == AF_INET) {
+            const auto& in = reinterpret_cast<const sockaddr_in&>(address->addr);
+            const auto* bytes = reinterpret_cast<const std::uint8_t*>(&in.sin_addr);
+            target.bytes.assign(bytes, bytes + 4);
+        } else if (address->family == AF_INET6) {
+            const auto& in6 = reinterpret_cast<const sockaddr_in6&>(address->addr);
+            const auto* bytes = reinterpret_cast<const std::uint8_t*>(&in6.sin6_addr);
+            target.bytes.assign(bytes, bytes + 16);
+        }
+        if (!hop.options.connectPolicy(target)) {
+            hop.refusedAddress = target.text();
+            return CURL_SOCKET_BAD;
+        }
+    }
+    return ::socket(address->family, address->socktype, address->protocol);
+}
+
 }  // namespace
+
+std::string SocketAddress::text() const {
+    char buffer[INET6_ADDRSTRLEN] = {};
+    if (bytes.size() == 4) {
+        ::inet_ntop(AF_INET, bytes.data(), buffer, sizeof buffer);
+    } else if (bytes.size() == 16) {
+        ::inet_ntop(AF_INET6, bytes.data(), buffer, sizeof buffer);
+    }
+    return buffer;
+}
 
 HttpError::HttpError(Kind kind, std::string message) : kind_(kind), message_(std::move(message)) {
     static constexpr const char* names[] = {
-        "timed out",          "cannot connect", "cannot resolve host",
-        "too many redirects", "bad URL",        "transport failure"};
+        "timed out", "cannot connect",    "cannot resolve host", "too many redirects",
+        "bad URL",   "transport failure", "refused address"};
     description_ = std::string(names[static_cast<int>(kind_)]) + ": " + message_;
 }
 
@@ -309,9 +346,18 @@ std::optional<std::uint64_t> HttpResponse::contentLength() const {
 }
 
 struct HttpSession::Impl {
-    explicit Impl(HttpSessionOptions options) : options(std::move(options)) {}
+    explicit Impl(HttpSessionOptions options) : options(std::move(options)) {
+        for (const std::string& entry : this->options.resolve) {
+            if (curl_slist* list = curl_slist_append(resolveList.get(), entry.c_str())) {
+                static_cast<void>(resolveList.release());
+                resolveList.reset(list);
+            }
+        }
+    }
 
     HttpSessionOptions options;
+    // The session's fixed name-to-address entries, handed to every transfer.
+    Slist resolveList;
     std::mutex mutex;
     std::vector<std::unique_ptr<Transfer>> idle;
 
@@ -436,6 +482,11 @@ void HttpSession::Impl::configure(CURL* easy, const HopRequest& hop, const HttpR
         setOption(easy, CURLOPT_RANGE, range.c_str());  // curl copies strings it is given
     }
     if (request.decompress) setOption(easy, CURLOPT_ACCEPT_ENCODING, "");
+    if (options.connectPolicy) {
+        setOption(easy, CURLOPT_OPENSOCKETFUNCTION, &openCheckedSocket);
+        setOption(easy, CURLOPT_OPENSOCKETDATA, &state);
+    }
+    if (resolveList) setOption(easy, CURLOPT_RESOLVE, resolveList.get());
 }
 
 HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadHandler* onHead,
@@ -486,6 +537,11 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
         configure(transfer.easy, hop, request, state, headers.get(), timeout, errorBuffer);
 
         const CURLcode result = perform(transfer, cancelled, state, request.idleTimeout);
+        if (result != CURLE_OK && state.refusedAddress) {
+            curl_easy_reset(transfer.easy);
+            throw HttpError(HttpError::Kind::refusedAddress,
+                            hop.url.host() + " leads to " + *state.refusedAddress);
+        }
         // Clear the handle's pointers to this hop's buffers before they go; the next hop
         // starts from a clean handle too.
         curl_easy_reset(transfer.easy);

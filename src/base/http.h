@@ -74,7 +74,9 @@ public:
         cannotResolveHost,
         tooManyRedirects,
         badURL,
-        transport
+        transport,
+        // The session's connect policy refused every address the host led to.
+        refusedAddress
     };
 
     HttpError(Kind kind, std::string message);
@@ -105,6 +107,17 @@ using HttpHeadHandler = std::function<bool(const HttpResponse& head)>;
 // Gets the final body piece by piece as it arrives. Returning false stops reading.
 using HttpChunkHandler = std::function<bool(std::string_view chunk)>;
 
+// An address a connection is about to be opened to: 4 bytes for IPv4, 16 for IPv6.
+struct SocketAddress {
+    std::vector<std::uint8_t> bytes;
+    // "127.0.0.1", "::1".
+    std::string text() const;
+};
+// Whether a connection to this address may be opened. Asked for every connection the session
+// opens, on every hop, after the host's name is resolved: a check on the URL alone cannot see
+// where a name leads.
+using ConnectPolicy = std::function<bool(const SocketAddress& address)>;
+
 struct HttpSessionOptions {
     // Empty: follow every redirect up to maxRedirects.
     RedirectPolicy redirectPolicy;
@@ -116,6 +129,11 @@ struct HttpSessionOptions {
     // (curl's CA folder, where it has one, still counts); empty keeps the defaults. Lets tests
     // speak HTTPS to a local server with a certificate of their own.
     std::string caCertificatesFile;
+    // Empty: every address may be connected to.
+    ConnectPolicy connectPolicy;
+    // Names resolved to fixed addresses, as "host:port:address" (curl's --resolve), before any
+    // lookup: lets tests give a name any address.
+    std::vector<std::string> resolve;
 };
 
 class HttpSession {

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "base/cancellation.h"
 #include "base/diagnostics.h"
@@ -16,7 +17,6 @@
 #include "base/url.h"
 #include "llm/llm_error.h"
 #include "llm/server_binary.h"
-#include "platform/posix/crash_child_reaper.h"
 
 namespace nuvrel::llm {
 
@@ -49,20 +49,6 @@ struct LlamaServerManager::StartAttempt {
         if (error) std::rethrow_exception(error);
     }
 };
-
-LlamaServerManager::Environment LlamaServerManager::liveEnvironment() {
-    Environment environment;
-    environment.processes = platform::liveProcessControl();
-    environment.findServerBinary = []() -> std::optional<std::filesystem::path> {
-        if (auto found = llm::findServerBinary()) return found->path;
-        return std::nullopt;
-    };
-    environment.logsDirectory =
-        base::createdOnDemand(base::XdgPaths::fromEnvironment().logsDirectory());
-    environment.registerChild = platform::CrashChildReaper::registerPID;
-    environment.unregisterChild = platform::CrashChildReaper::unregisterPID;
-    return environment;
-}
 
 int LlamaServerManager::routerContextSize(std::string_view modelFileName) {
     return modelFileName.starts_with("kestrune-mini-router-") ? 4096 : 2048;
@@ -140,13 +126,14 @@ std::string LlamaServerManager::modelFileName() const {
 }
 
 void LlamaServerManager::ensureRunning() {
-    std::shared_ptr<platform::ChildProcess> current;
+    std::shared_ptr<base::ChildProcess> current;
     {
         std::lock_guard guard(lock_);
-        if (isRetired_) throw LLMError::retired();
+        if (std::holds_alternative<Retired>(hold_)) throw LLMError::retired();
         // A child still being polled is not a running server yet: a caller that arrives
         // then joins the start instead of returning before the server answers.
-        if (!startTask_) current = process_;
+        if (const auto* owned = std::get_if<Owned>(&hold_); owned && !startTask_)
+            current = owned->child;
     }
     if (current) {
         if (current->isRunning()) return;
@@ -224,9 +211,10 @@ void LlamaServerManager::performStart() {
             adoptExistingServerTakingOwnershipIfOrphaned();
             return;
         }
-        base::diag::event.line("port " + std::to_string(port_) + " is already serving " +
-                               loaded.value_or("an unverifiable model") + " — expected " +
-                               modelFileName() + "; terminating it and spawning the correct model");
+        environment_.diagnostics.event("port " + std::to_string(port_) + " is already serving " +
+                                       loaded.value_or("an unverifiable model") + " — expected " +
+                                       modelFileName() +
+                                       "; terminating it and spawning the correct model");
         terminateLlamaServerListeners();
     }
     spawnServer();
@@ -255,18 +243,22 @@ void LlamaServerManager::spawnServer() {
                 std::error_code(errno, std::generic_category()));
         }
     }
-    const platform::SpawnRequest request{
-        *binary, serverArguments(modelPath_, port_, mode_, ctxSize_), logFilePath()};
+    const base::SpawnRequest request{*binary, serverArguments(modelPath_, port_, mode_, ctxSize_),
+                                     logFilePath()};
     base::checkCancellation();
 
     const auto child = environment_.processes->spawn(request);
     environment_.registerChild(child->pid());
     const std::uint64_t epoch = writePIDFile(child->pid());
+    bool held = false;
     {
         std::lock_guard guard(lock_);
-        process_ = child;
-        didAdoptExistingServer_ = false;
-        adoptedChildPID_.reset();
+        held = holdUnlessRetired(Owned{child});
+    }
+    if (!held) {
+        // Retired while this start was under way: the child is nobody's to keep.
+        release(Owned{child}, epoch);
+        throw LLMError::retired();
     }
     try {
         pollUntilHealthy(*child);
@@ -276,7 +268,7 @@ void LlamaServerManager::spawnServer() {
     }
 }
 
-void LlamaServerManager::pollUntilHealthy(platform::ChildProcess& child) {
+void LlamaServerManager::pollUntilHealthy(base::ChildProcess& child) {
     const auto deadline = std::chrono::steady_clock::now() + environment_.timing.healthDeadline;
     while (std::chrono::steady_clock::now() < deadline) {
         // A 200 counts only when it comes from our child: a foreign server that answers
@@ -295,7 +287,7 @@ void LlamaServerManager::pollUntilHealthy(platform::ChildProcess& child) {
 
 // Runs inside the catch handler of the poll: rethrows the original failure only for a
 // cancellation; otherwise the port's state decides.
-void LlamaServerManager::failedPoll(const std::shared_ptr<platform::ChildProcess>& child,
+void LlamaServerManager::failedPoll(const std::shared_ptr<base::ChildProcess>& child,
                                     std::uint64_t epoch) {
     terminateWithEscalation(*child);
     clearProcessIf(child);
@@ -314,7 +306,7 @@ void LlamaServerManager::failedPoll(const std::shared_ptr<platform::ChildProcess
                 adoptExistingServerTakingOwnershipIfOrphaned();
                 return;
             }
-            base::diag::event.line(
+            environment_.diagnostics.event(
                 "port " + std::to_string(port_) +
                 " is answering /health after our own spawn failed, but it's serving " +
                 loaded.value_or("an unverifiable model") + " — expected " + modelFileName() +
@@ -361,32 +353,36 @@ std::optional<std::string> LlamaServerManager::fetchLoadedModelFileName() {
     }
 }
 
+bool LlamaServerManager::holdUnlessRetired(Hold next) {
+    if (std::holds_alternative<Retired>(hold_)) return false;
+    hold_ = std::move(next);
+    return true;
+}
+
+void LlamaServerManager::release(const Hold& released, std::uint64_t epoch) {
+    if (const auto* owned = std::get_if<Owned>(&released)) {
+        terminateWithEscalation(*owned->child);
+        removePIDFileIfEpoch(epoch);
+    } else if (const auto* adopted = std::get_if<Adopted>(&released)) {
+        killPIDWithEscalation(adopted->pid);
+        removePIDFileIfEpoch(epoch);
+    }
+    // A guest's server stays up, with its owner's PID file.
+}
+
 void LlamaServerManager::stop() {
-    std::shared_ptr<platform::ChildProcess> child;
-    bool adopted = false;
-    std::optional<std::int32_t> adoptedPID;
+    Hold released;
     std::shared_ptr<StartAttempt> start;
     std::uint64_t epoch = 0;
     {
         std::lock_guard guard(lock_);
-        child = std::move(process_);
-        process_.reset();
-        adopted = didAdoptExistingServer_;
-        adoptedPID = adoptedChildPID_;
-        adoptedChildPID_.reset();
+        if (!std::holds_alternative<Retired>(hold_)) released = std::exchange(hold_, Idle{});
         start = std::move(startTask_);
         startTask_.reset();
         epoch = spawnEpoch_;
     }
     if (start) start->cancellation->cancel();
-    if (child && !adopted) {
-        terminateWithEscalation(*child);
-        removePIDFileIfEpoch(epoch);
-    } else if (adopted && adoptedPID) {
-        killPIDWithEscalation(*adoptedPID);
-        removePIDFileIfEpoch(epoch);
-    }
-    // A server adopted as a guest stays up, with its owner's PID file.
+    release(released, epoch);
 }
 
 void LlamaServerManager::stopAndWait() {
@@ -403,13 +399,21 @@ void LlamaServerManager::stopAndWait() {
             // Whatever the start ended with, a cancellation included, no longer matters.
         }
     }
-    std::lock_guard guard(lock_);
-    isRetired_ = true;
+    // Whatever a start took hold of meanwhile goes down with the retirement.
+    Hold released;
+    std::uint64_t epoch = 0;
+    {
+        std::lock_guard guard(lock_);
+        released = std::exchange(hold_, Retired{});
+        epoch = spawnEpoch_;
+    }
+    if (!std::holds_alternative<Retired>(released)) release(released, epoch);
 }
 
-void LlamaServerManager::clearProcessIf(const std::shared_ptr<platform::ChildProcess>& child) {
+void LlamaServerManager::clearProcessIf(const std::shared_ptr<base::ChildProcess>& child) {
     std::lock_guard guard(lock_);
-    if (process_ == child) process_.reset();
+    if (const auto* owned = std::get_if<Owned>(&hold_); owned && owned->child == child)
+        hold_ = Idle{};
 }
 
 }  // namespace nuvrel::llm

@@ -17,12 +17,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
+#include "base/diagnostics.h"
 #include "base/http.h"
+#include "base/process_control.h"
 #include "base/sleep.h"
 #include "llm/server_ensuring.h"
-#include "platform/process_control.h"
 
 namespace nuvrel::llm {
 
@@ -45,9 +47,10 @@ public:
         std::chrono::milliseconds signalPollInterval{50};
     };
 
-    // What the manager does to the machine, injected.
+    // What the manager does to the machine, injected; the live form is
+    // platform::liveLlamaServerEnvironment.
     struct Environment {
-        std::shared_ptr<platform::ProcessControl> processes;
+        std::shared_ptr<base::ProcessControl> processes;
         std::function<std::optional<std::filesystem::path>()> findServerBinary;
         // Where "llama-server-<port>.log" and ".pid" go; created on demand.
         std::filesystem::path logsDirectory;
@@ -57,10 +60,8 @@ public:
         std::function<void(std::int32_t)> registerChild = [](std::int32_t) {};
         std::function<void(std::int32_t)> unregisterChild = [](std::int32_t) {};
         Timing timing;
+        base::Diagnostics diagnostics{};
     };
-
-    // The live environment: /proc, posix_spawn, the server binary search, the XDG logs folder.
-    static Environment liveEnvironment();
 
     // 4096 for a file named "kestrune-mini-router-...", else 2048.
     static int routerContextSize(std::string_view modelFileName);
@@ -73,7 +74,7 @@ public:
     // Stores; starts nothing.
     LlamaServerManager(std::filesystem::path modelPath, int port,
                        std::shared_ptr<base::HttpSession> session, LlamaServerMode mode,
-                       int ctxSize, Environment environment = liveEnvironment());
+                       int ctxSize, Environment environment);
     // Calls stop() and waits for a start still running.
     ~LlamaServerManager() override;
     LlamaServerManager(const LlamaServerManager&) = delete;
@@ -106,8 +107,8 @@ private:
     std::shared_ptr<StartAttempt> acquireStartTask();
     void performStart();
     void spawnServer();
-    void pollUntilHealthy(platform::ChildProcess& child);
-    void failedPoll(const std::shared_ptr<platform::ChildProcess>& child, std::uint64_t epoch);
+    void pollUntilHealthy(base::ChildProcess& child);
+    void failedPoll(const std::shared_ptr<base::ChildProcess>& child, std::uint64_t epoch);
     bool healthCheck();
     std::optional<std::string> fetchLoadedModelFileName();
     void terminateLlamaServerListeners();
@@ -117,9 +118,9 @@ private:
     void removePIDFileIfEpoch(std::uint64_t epoch);
     void removePIDFileIfStillOwnedBy(std::int32_t owner);
     std::optional<std::vector<std::string>> readPIDFileFields() const;
-    void terminateWithEscalation(platform::ChildProcess& child);
+    void terminateWithEscalation(base::ChildProcess& child);
     void killPIDWithEscalation(std::int32_t pid);
-    void clearProcessIf(const std::shared_ptr<platform::ChildProcess>& child);
+    void clearProcessIf(const std::shared_ptr<base::ChildProcess>& child);
     std::string modelFileName() const;
     base::HttpResponse get(std::string_view path);
 
@@ -130,13 +131,39 @@ private:
     const std::shared_ptr<base::HttpSession> session_;
     const Environment environment_;
 
+    // What this object holds on its port:
+    //
+    //            spawn, then healthy                       stop, or the child exits
+    //   idle ─────────────────────────────▶ owned ──────────────────────────────────▶ idle
+    //    │   our model on the port, its owner alive        stop: left running
+    //    ├─────────────────────────────────────▶ guest ─────────────────────────────▶ idle
+    //    │   our model on the port, its owner dead         stop: killed
+    //    └─────────────────────────────────────▶ adopted ───────────────────────────▶ idle
+    //   any ── stopAndWait ──▶ retired: holds nothing ever again, ensureRunning fails
+    //
+    // An orphan (a server whose owner died) is never held as such: before a start the stale-
+    // server step kills it, or a start finds our model on it and adopts it. Guests and adopted
+    // servers go through a whole start at each ensureRunning, which notices one that has gone.
+    struct Idle {};
+    struct Owned {
+        std::shared_ptr<base::ChildProcess> child;
+    };
+    struct Guest {};
+    struct Adopted {
+        std::int32_t pid = 0;
+    };
+    struct Retired {};
+    using Hold = std::variant<Idle, Owned, Guest, Adopted, Retired>;
+
+    // Becomes `next` unless retired; false when retired. Under lock_.
+    bool holdUnlessRetired(Hold next);
+    // Brings down what `released` held: our child and an adopted server; a guest stays up.
+    void release(const Hold& released, std::uint64_t epoch);
+
     mutable std::mutex lock_;
-    std::shared_ptr<platform::ChildProcess> process_;
-    bool didAdoptExistingServer_ = false;
-    std::optional<std::int32_t> adoptedChildPID_;
+    Hold hold_ = Idle{};
     std::shared_ptr<StartAttempt> startTask_;
     std::uint64_t spawnEpoch_ = 0;
-    bool isRetired_ = false;
     // Every start thread not yet joined, so that none outlives the object.
     std::vector<std::shared_ptr<StartAttempt>> launched_;
 };

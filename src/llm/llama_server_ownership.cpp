@@ -72,11 +72,10 @@ void LlamaServerManager::reapStaleServerFromPreviousSession() {
     if (!owner || !child || *owner < 1 || *child < 1) return;
 
     // Only a certainly dead owner opens the way; EPERM means someone we cannot see.
-    if (processes.signal(*owner, platform::Signal::probe) !=
-        platform::SignalResult::noSuchProcess) {
+    if (processes.signal(*owner, base::Signal::probe) != base::SignalResult::noSuchProcess) {
         return;
     }
-    if (processes.signal(*child, platform::Signal::probe) != platform::SignalResult::delivered) {
+    if (processes.signal(*child, base::Signal::probe) != base::SignalResult::delivered) {
         removePIDFileIfStillOwnedBy(*owner);
         return;
     }
@@ -94,13 +93,15 @@ void LlamaServerManager::adoptExistingServerTakingOwnershipIfOrphaned() {
     auto& processes = *environment_.processes;
     {
         std::lock_guard guard(lock_);
-        didAdoptExistingServer_ = true;
+        if (std::holds_alternative<Retired>(hold_)) return;
+        // A server adopted before stays ours: its PID file names us as the owner by now.
+        if (!std::holds_alternative<Adopted>(hold_)) hold_ = Guest{};
     }
     if (const auto fields = readPIDFileFields(); fields && fields->size() >= 2) {
         if (const auto owner = parsePID((*fields)[0]); owner && *owner >= 1) {
             // A live owner, or one we cannot probe: we are its guest.
-            if (processes.signal(*owner, platform::Signal::probe) !=
-                platform::SignalResult::noSuchProcess) {
+            if (processes.signal(*owner, base::Signal::probe) !=
+                base::SignalResult::noSuchProcess) {
                 return;
             }
         }
@@ -113,12 +114,12 @@ void LlamaServerManager::adoptExistingServerTakingOwnershipIfOrphaned() {
     // Not our child, so the crash reaper does not learn of it.
     {
         std::lock_guard guard(lock_);
-        adoptedChildPID_ = pid;
+        if (!holdUnlessRetired(Adopted{pid})) return;
     }
     writePIDFile(pid);
-    base::diag::event.line("adopted an ORPHANED llama-server (pid " + std::to_string(pid) +
-                           ") on port " + std::to_string(port_) +
-                           " and took ownership — it will now be stopped with this session");
+    environment_.diagnostics.event(
+        "adopted an ORPHANED llama-server (pid " + std::to_string(pid) + ") on port " +
+        std::to_string(port_) + " and took ownership — it will now be stopped with this session");
 }
 
 std::uint64_t LlamaServerManager::writePIDFile(std::int32_t childPID) {
@@ -155,23 +156,23 @@ void LlamaServerManager::removePIDFileIfStillOwnedBy(std::int32_t owner) {
 
 // The waits below are plain sleeps, not cancellable ones: they run when a start was
 // cancelled, and a stop that gives up half-way would leave the child running.
-void LlamaServerManager::terminateWithEscalation(platform::ChildProcess& child) {
+void LlamaServerManager::terminateWithEscalation(base::ChildProcess& child) {
     const auto& timing = environment_.timing;
     if (child.isRunning()) {
-        child.signal(platform::Signal::terminate);
+        child.signal(base::Signal::terminate);
         const auto deadline = std::chrono::steady_clock::now() + timing.terminateGrace;
         while (child.isRunning() && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::sleep_for(timing.signalPollInterval);
         }
-        if (child.isRunning()) child.signal(platform::Signal::kill);
+        if (child.isRunning()) child.signal(base::Signal::kill);
     }
     // Also when the child died on its own: a stale slot in the crash table could later point
     // at a reused ID.
     environment_.unregisterChild(child.pid());
     const auto deadline = std::chrono::steady_clock::now() + timing.exitWait;
     while (std::chrono::steady_clock::now() < deadline && child.isRunning() &&
-           environment_.processes->signal(child.pid(), platform::Signal::probe) ==
-               platform::SignalResult::delivered) {
+           environment_.processes->signal(child.pid(), base::Signal::probe) ==
+               base::SignalResult::delivered) {
         std::this_thread::sleep_for(timing.signalPollInterval);
     }
 }
@@ -179,15 +180,13 @@ void LlamaServerManager::terminateWithEscalation(platform::ChildProcess& child) 
 void LlamaServerManager::killPIDWithEscalation(std::int32_t pid) {
     auto& processes = *environment_.processes;
     const auto& timing = environment_.timing;
-    if (processes.signal(pid, platform::Signal::terminate) != platform::SignalResult::delivered)
-        return;
+    if (processes.signal(pid, base::Signal::terminate) != base::SignalResult::delivered) return;
     const auto deadline = std::chrono::steady_clock::now() + timing.terminateGrace;
     while (std::chrono::steady_clock::now() < deadline) {
-        if (processes.signal(pid, platform::Signal::probe) != platform::SignalResult::delivered)
-            return;
+        if (processes.signal(pid, base::Signal::probe) != base::SignalResult::delivered) return;
         std::this_thread::sleep_for(timing.signalPollInterval);
     }
-    processes.signal(pid, platform::Signal::kill);
+    processes.signal(pid, base::Signal::kill);
 }
 
 }  // namespace nuvrel::llm

@@ -28,8 +28,8 @@ std::string printed(const std::exception_ptr& error) {
     }
 }
 
-void logLatency(const std::string& label, const std::string& outcome,
-                std::chrono::steady_clock::time_point start) {
+void logLatency(const base::Diagnostics& diagnostics, const std::string& label,
+                const std::string& outcome, std::chrono::steady_clock::time_point start) {
     const auto elapsed = std::chrono::steady_clock::now() - start;
     const double milliseconds =
         static_cast<double>(std::chrono::nanoseconds(elapsed).count()) / 1'000'000.0;
@@ -38,14 +38,18 @@ void logLatency(const std::string& label, const std::string& outcome,
     const auto end =
         std::to_chars(number, number + sizeof number, milliseconds, std::chars_format::fixed, 1)
             .ptr;
-    base::diag::latency.line(label + " call " + outcome + " in " + std::string(number, end) + "ms");
+    diagnostics.latency(label + " call " + outcome + " in " + std::string(number, end) + "ms");
 }
 
 }  // namespace
 
 ManagedLlamaBackend::ManagedLlamaBackend(std::shared_ptr<ServerEnsuring> manager,
-                                         LlamaServerBackend backend, std::string label)
-    : manager(std::move(manager)), backend(std::move(backend)), label(std::move(label)) {}
+                                         LlamaServerBackend backend, std::string label,
+                                         base::Diagnostics diagnostics)
+    : manager(std::move(manager)),
+      backend(std::move(backend)),
+      label(std::move(label)),
+      diagnostics(std::move(diagnostics)) {}
 
 std::string ManagedLlamaBackend::complete(std::string_view system, std::string_view user,
                                           std::string_view jsonSchema) {
@@ -59,12 +63,12 @@ std::string ManagedLlamaBackend::complete(std::string_view system, std::string_v
     const auto start = std::chrono::steady_clock::now();
     try {
         std::string content = backend.complete(system, user, jsonSchema, assistantPrefix);
-        logLatency(label, "ok", start);
+        logLatency(diagnostics, label, "ok", start);
         return content;
     } catch (...) {
         // A cancelled call is logged too ("error(cancelled)"): how long it ran before the
         // stop is worth seeing. Cancelled itself still leaves unchanged.
-        logLatency(label, "error(" + printed(std::current_exception()) + ")", start);
+        logLatency(diagnostics, label, "error(" + printed(std::current_exception()) + ")", start);
         throw;
     }
 }

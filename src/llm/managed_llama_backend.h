@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/diagnostics.h"
 #include "llm/llama_server_backend.h"
 #include "llm/llm_backend.h"
 #include "llm/server_ensuring.h"
@@ -16,7 +17,7 @@ namespace nuvrel::llm {
 class ManagedLlamaBackend : public LLMBackend {
 public:
     ManagedLlamaBackend(std::shared_ptr<ServerEnsuring> manager, LlamaServerBackend backend,
-                        std::string label);
+                        std::string label, base::Diagnostics diagnostics = {});
 
     // A failure of ensureRunning passes through unlogged. Once the server runs, every call,
     // cancelled ones included, writes "<label> call ok in 12.3ms" or
@@ -34,6 +35,7 @@ public:
     LlamaServerBackend backend;
     // "routing" or "summary".
     std::string label;
+    base::Diagnostics diagnostics;
 };
 
 }  // namespace nuvrel::llm

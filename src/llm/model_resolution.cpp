@@ -8,8 +8,9 @@ namespace nuvrel::llm {
 
 namespace {
 
-void logSelectedModelMissing(const std::filesystem::path& path) {
-    base::diag::event.line(
+void logSelectedModelMissing(const std::filesystem::path& path,
+                             const base::Diagnostics& diagnostics) {
+    diagnostics.event(
         "selected model not found at " + path.string() +
         " — falling back to default priority (nuvrel-nano → interim, always against the REAL "
         "modelsDirectory() regardless of the `modelsDirectory:` argument above — see this "
@@ -17,9 +18,10 @@ void logSelectedModelMissing(const std::filesystem::path& path) {
 }
 
 void logFallingBackToInterim(const std::filesystem::path& defaultPath,
-                             const std::filesystem::path& interimPath) {
-    base::diag::event.line("fine-tuned router model not found at " + defaultPath.string() +
-                           " — falling back to interim model at " + interimPath.string());
+                             const std::filesystem::path& interimPath,
+                             const base::Diagnostics& diagnostics) {
+    diagnostics.event("fine-tuned router model not found at " + defaultPath.string() +
+                      " — falling back to interim model at " + interimPath.string());
 }
 
 }  // namespace
@@ -45,26 +47,28 @@ bool isInterimModel(std::string_view fileName) {
     return !isCanonicalPromptRouter(fileName);
 }
 
-ResolvedModelPath resolveModelPath(const FileExistsFn& fileExists) {
+ResolvedModelPath resolveModelPath(const FileExistsFn& fileExists,
+                                   const base::Diagnostics& diagnostics) {
     const std::filesystem::path directory = modelsDirectory();
     const std::filesystem::path defaultPath = directory / defaultModelFileName;
     if (fileExists(defaultPath)) return {defaultPath, false};
     // The interim path is returned even when it is missing: the manager's start reports
     // modelNotFound, which is where the user learns of it.
     const std::filesystem::path interimPath = directory / interimModelFileName;
-    logFallingBackToInterim(defaultPath, interimPath);
+    logFallingBackToInterim(defaultPath, interimPath, diagnostics);
     return {interimPath, true};
 }
 
 ResolvedModelPath resolveModelPath(const std::optional<std::string>& selectedFileName,
                                    const std::filesystem::path& modelsDirectory,
-                                   const FileExistsFn& fileExists) {
+                                   const FileExistsFn& fileExists,
+                                   const base::Diagnostics& diagnostics) {
     if (selectedFileName && !selectedFileName->empty()) {
         const std::filesystem::path selected = modelsDirectory / *selectedFileName;
         if (fileExists(selected)) return {selected, isInterimModel(*selectedFileName)};
-        logSelectedModelMissing(selected);
+        logSelectedModelMissing(selected, diagnostics);
     }
-    return resolveModelPath(fileExists);
+    return resolveModelPath(fileExists, diagnostics);
 }
 
 bool liveFileExists(const std::filesystem::path& path) {

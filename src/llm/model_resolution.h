@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/diagnostics.h"
+
 namespace nuvrel::llm {
 
 using FileExistsFn = std::function<bool(const std::filesystem::path&)>;
@@ -45,7 +47,8 @@ struct ResolvedModelPath {
 
 // The default router file when it exists (isInterim false); otherwise the interim path, whether
 // it exists or not, after a "[Nuvrel] fine-tuned router model not found at ..." line.
-ResolvedModelPath resolveModelPath(const FileExistsFn& fileExists);
+ResolvedModelPath resolveModelPath(const FileExistsFn& fileExists,
+                                   const base::Diagnostics& diagnostics = {});
 
 // The selected file in `modelsDirectory` when it exists. An absent or empty selection falls back
 // silently; a selected file that is missing falls back after a "[Nuvrel] selected model not
@@ -53,7 +56,8 @@ ResolvedModelPath resolveModelPath(const FileExistsFn& fileExists);
 // folder given here.
 ResolvedModelPath resolveModelPath(const std::optional<std::string>& selectedFileName,
                                    const std::filesystem::path& modelsDirectory,
-                                   const FileExistsFn& fileExists);
+                                   const FileExistsFn& fileExists,
+                                   const base::Diagnostics& diagnostics = {});
 
 // Whether a file (or anything else) is at the path; the live form of fileExists.
 bool liveFileExists(const std::filesystem::path& path);

@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "base/cancellation.h"
@@ -17,8 +16,8 @@
 namespace nuvrel::pipeline {
 namespace {
 
-// Routed slots for headless verification, only with NUVREL_DEBUG_QUERY set.
-constexpr base::DiagnosticWriter debugSlots{"[nuvrel-debug-slots] "};
+// Routed slots for headless verification.
+constexpr std::string_view debugSlotsTag = "[nuvrel-debug-slots] ";
 
 // The dispatch gate; the validator applies the same bound to plans on its own.
 constexpr double dispatchConfidence = 0.5;
@@ -33,12 +32,12 @@ std::string confidenceText(double confidence) {
     return text;
 }
 
-void writeDebugSlotsLine(const core::RoutedIntent& routed) {
-    if (std::getenv("NUVREL_DEBUG_QUERY") == nullptr) return;
-    debugSlots.line("intent=" + std::string(core::rawValue(routed.intent)) +
-                    " confidence=" + confidenceText(routed.confidence) + " slots=" +
-                    nlohmann::json(routed.slots)
-                        .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+void writeDebugSlotsLine(const core::RoutedIntent& routed, const base::Diagnostics& diagnostics) {
+    diagnostics.line(debugSlotsTag,
+                     "intent=" + std::string(core::rawValue(routed.intent)) +
+                         " confidence=" + confidenceText(routed.confidence) + " slots=" +
+                         nlohmann::json(routed.slots)
+                             .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 core::PipelineOutcome offlineError(const core::LocalizedStrings& strings) {
@@ -79,7 +78,8 @@ core::PipelineOutcome Pipeline::run(std::string_view query) const {
     } catch (...) {
         // Every capability call has its own handler; this only keeps the promise never to
         // throw, whatever a matcher or the validator might do.
-        return core::PipelineOutcome::error(userFacing(std::current_exception(), strings));
+        return core::PipelineOutcome::error(
+            userFacing(std::current_exception(), strings, diagnostics));
     }
 }
 
@@ -87,7 +87,7 @@ core::PipelineOutcome Pipeline::runRouted(std::string_view query,
                                           const core::LocalizedStrings& strings) const {
     Router::Detailed detailed = router.routeDetailed(query);
     if (base::isCancelled()) return core::PipelineOutcome::cancelled();
-    writeDebugSlotsLine(detailed.routed);
+    if (debugSlotsLogging) writeDebugSlotsLine(detailed.routed, diagnostics);
 
     if (detailed.failure) {
         switch (*detailed.failure) {
@@ -135,7 +135,7 @@ core::PipelineOutcome Pipeline::validatedOutcome(const core::RoutedIntent& route
 
     const std::shared_ptr<core::Capability> capability = registry.capability(routed.intent);
     if (!capability) return capabilityUnavailableError(strings);
-    return *outcomeOfCall(ErrorRule::allThroughUserFacing, strings,
+    return *outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics,
                           [&] { return capability->execute(plan); });
 }
 
@@ -144,7 +144,7 @@ core::PipelineOutcome Pipeline::webFallbackOutcome(std::string_view fallbackQuer
     if (!networkFeaturesEnabled) return offlineError(strings);
     const std::shared_ptr<core::Capability> web = registry.capability(core::IntentID::webSearch);
     if (!web) return capabilityUnavailableError(strings);
-    return *outcomeOfCall(ErrorRule::allThroughUserFacing, strings, [&] {
+    return *outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics, [&] {
         const core::ActionPlan plan = web->plan(core::Slots{}, fallbackQuery);
         return withFallbackNotice(web->execute(plan));
     });

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "answers/currency_code.h"
+#include "base/diagnostics.h"
 #include "core/app_language.h"
 #include "core/capability_registry.h"
 #include "core/localized_strings.h"
@@ -54,6 +55,11 @@ public:
     // False turns off every fast path that touches the outside world, leaving the pure ones
     // and the router.
     bool liveFastPathsEnabled = true;
+    // Where diagnostic lines go.
+    base::Diagnostics diagnostics{};
+    // Writes each routed intent with its slots as a "[nuvrel-debug-slots] " line, for headless
+    // verification (NUVREL_DEBUG_QUERY).
+    bool debugSlotsLogging = false;
 
     // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
     // two model calls), then one capability call. Never throws; a stop request ends as the

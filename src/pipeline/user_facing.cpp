@@ -7,7 +7,8 @@
 namespace nuvrel::pipeline {
 
 core::UserFacingError userFacing(const std::exception_ptr& error,
-                                 const core::LocalizedStrings& strings) {
+                                 const core::LocalizedStrings& strings,
+                                 const base::Diagnostics& diagnostics) {
     std::string description;
     try {
         std::rethrow_exception(error);
@@ -22,7 +23,7 @@ core::UserFacingError userFacing(const std::exception_ptr& error,
         // Not a std::exception, so no cancellation either (callers handle that first).
         description = "unknown error";
     }
-    base::diag::event.line("capability error hidden behind genericErrorMessage: " + description);
+    diagnostics.event("capability error hidden behind genericErrorMessage: " + description);
     return core::UserFacingError(strings.genericErrorMessage, strings.helpHintRecovery, false);
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/cancellation.h"
+#include "base/diagnostics.h"
 #include "core/capability_result.h"
 #include "core/localized_strings.h"
 #include "core/pipeline_outcome.h"
@@ -16,11 +17,12 @@
 namespace nuvrel::pipeline {
 
 // Any error as a card may show it. A UserFacingError keeps its message and `retryable` and
-// gets helpHintRecovery when it has no recovery. Anything else is written to standard error
-// and becomes genericErrorMessage: no internal text reaches the card. `error` must not hold
+// gets helpHintRecovery when it has no recovery. Anything else is written to `diagnostics` and
+// becomes genericErrorMessage: no internal text reaches the card. `error` must not hold
 // base::Cancelled.
 core::UserFacingError userFacing(const std::exception_ptr& error,
-                                 const core::LocalizedStrings& strings);
+                                 const core::LocalizedStrings& strings,
+                                 const base::Diagnostics& diagnostics);
 
 // "Network features are turned off", with where to turn them on; not retryable.
 core::UserFacingError networkFeaturesOfflineError(const core::LocalizedStrings& strings);
@@ -38,6 +40,7 @@ enum class ErrorRule {
 template <class Call>
 std::optional<core::PipelineOutcome> outcomeOfCall(ErrorRule rule,
                                                    const core::LocalizedStrings& strings,
+                                                   const base::Diagnostics& diagnostics,
                                                    Call&& call) {
     using Answer = std::invoke_result_t<Call&>;
     try {
@@ -52,9 +55,11 @@ std::optional<core::PipelineOutcome> outcomeOfCall(ErrorRule rule,
         return core::PipelineOutcome::cancelled();
     } catch (const core::UserFacingError& error) {
         if (rule == ErrorRule::userFacingAsThrown) return core::PipelineOutcome::error(error);
-        return core::PipelineOutcome::error(userFacing(std::current_exception(), strings));
+        return core::PipelineOutcome::error(
+            userFacing(std::current_exception(), strings, diagnostics));
     } catch (...) {
-        return core::PipelineOutcome::error(userFacing(std::current_exception(), strings));
+        return core::PipelineOutcome::error(
+            userFacing(std::current_exception(), strings, diagnostics));
     }
 }
 

@@ -65,6 +65,31 @@ bool isHTML(const std::optional<std::string>& contentType) {
 
 }  // namespace
 
+bool PageFetcher::isPublicAddress(const base::SocketAddress& address) {
+    const std::vector<std::uint8_t>& b = address.bytes;
+    const auto publicIPv4 = [](const std::uint8_t* v4) {
+        return !(v4[0] == 0 || v4[0] == 10 || v4[0] == 127 ||  // this network, private, loopback
+                 (v4[0] == 100 && (v4[1] & 0xC0) == 64) ||     // carrier-grade NAT 100.64/10
+                 (v4[0] == 169 && v4[1] == 254) ||             // link-local
+                 (v4[0] == 172 && (v4[1] & 0xF0) == 16) ||     // private 172.16/12
+                 (v4[0] == 192 && v4[1] == 168));              // private
+    };
+    if (b.size() == 4) return publicIPv4(b.data());
+    if (b.size() != 16) return false;
+    const bool zeroHead = std::all_of(b.begin(), b.begin() + 10, [](auto x) { return x == 0; });
+    if (zeroHead && b[10] == 0xFF && b[11] == 0xFF)
+        return publicIPv4(b.data() + 12);                                // ::ffff:a.b.c.d
+    static constexpr std::uint8_t nat64[12] = {0x00, 0x64, 0xFF, 0x9B};  // 64:ff9b::/96
+    if (std::equal(b.begin(), b.begin() + 12, nat64)) return publicIPv4(b.data() + 12);
+    if (zeroHead && std::all_of(b.begin() + 10, b.end() - 1, [](auto x) { return x == 0; }) &&
+        b[15] <= 1) {
+        return false;  // :: and ::1
+    }
+    if ((b[0] & 0xFE) == 0xFC) return false;                  // unique-local fc00::/7
+    if (b[0] == 0xFE && (b[1] & 0xC0) == 0x80) return false;  // link-local fe80::/10
+    return true;
+}
+
 bool PageFetcher::isSafeToFetch(const base::Url& url) {
     const std::string scheme = text::lower(url.scheme());
     if (scheme != "http" && scheme != "https") return false;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/http.h"
 #include "base/sleep.h"
 #include "base/url.h"
 #include "wayfen/page_transport.h"
@@ -32,6 +33,10 @@ struct PageFetcher {
 
     // The SSRF check on what the URL says, with no name resolution.
     static bool isSafeToFetch(const nuvrel::base::Url& url);
+    // The check at connect time, on the address a name led to: false for loopback, private,
+    // link-local, unique-local, carrier-grade NAT, "this network" and unspecified addresses,
+    // also inside an IPv4-mapped or NAT64 IPv6 address, and for anything that is no address.
+    static bool isPublicAddress(const nuvrel::base::SocketAddress& address);
 
     // The pages that could be had, in completion order. Blocks on the caller's task, running
     // the fetches on tasks of their own; throws only base::Cancelled.

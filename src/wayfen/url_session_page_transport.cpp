@@ -12,9 +12,13 @@ namespace base = nuvrel::base;
 
 namespace {
 
-std::shared_ptr<base::HttpSession> guardedSession(const DestinationCheck& isSafeDestination) {
+std::shared_ptr<base::HttpSession> guardedSession(const DestinationCheck& isSafeDestination,
+                                                  base::ConnectPolicy isSafeAddress) {
     base::HttpSessionOptions options;
     options.redirectPolicy = SSRFGuardingRedirectDelegate{isSafeDestination};
+    // The URL's words can hide where it leads (a name mapped to 127.0.0.1, DNS rebinding):
+    // every connection of every hop is checked once the name is resolved.
+    options.connectPolicy = std::move(isSafeAddress);
     return std::make_shared<base::HttpSession>(std::move(options));
 }
 
@@ -37,8 +41,10 @@ bool SSRFGuardingRedirectDelegate::operator()(const base::Url&, const base::Url&
 URLSessionPageTransport::URLSessionPageTransport(std::shared_ptr<base::HttpSession> session,
                                                  double timeoutInterval, std::string userAgent,
                                                  std::size_t maxStreamedBytes,
-                                                 DestinationCheck isSafeDestination)
-    : session_(session ? std::move(session) : guardedSession(isSafeDestination)),
+                                                 DestinationCheck isSafeDestination,
+                                                 base::ConnectPolicy isSafeAddress)
+    : session_(session ? std::move(session)
+                       : guardedSession(isSafeDestination, std::move(isSafeAddress))),
       timeoutInterval_(timeoutInterval),
       userAgent_(std::move(userAgent)),
       maxStreamedBytes_(maxStreamedBytes),
@@ -57,7 +63,14 @@ RawPageResponse URLSessionPageTransport::fetchPage(const base::Url& url) const {
     if (maxStreamedBytes_ < std::numeric_limits<std::size_t>::max()) {
         request.maxBodyBytes = maxStreamedBytes_ + 1;
     }
-    base::HttpResponse response = session_->send(request);
+    base::HttpResponse response;
+    try {
+        response = session_->send(request);
+    } catch (const base::HttpError& error) {
+        if (error.kind() == base::HttpError::Kind::refusedAddress)
+            throw PageFetchError::unsafeDestination();
+        throw;
+    }
     if (response.status <= 0) throw PageFetchError::badStatus(-1);
     return RawPageResponse{response.status, response.header("Content-Type"),
                            std::move(response.body)};

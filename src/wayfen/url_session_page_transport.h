@@ -1,8 +1,9 @@
 #pragma once
 // The live PageTransport on an HttpSession: one GET with a browser's User-Agent and
 // "Accept: text/html", a whole-call time-out and a byte cap. Every destination is checked
-// before a connection is opened, and, in a session made here, again on each redirect hop, so
-// that neither a result URL nor a redirect reaches the user's own machine or local network.
+// before a connection is opened, and, in a session made here, again on each redirect hop and
+// on the address each connection goes to, so that neither a result URL, nor a redirect, nor a
+// name that resolves inside reaches the user's own machine or local network.
 //
 // Threading: fetchPage blocks on the caller's task; a stop request aborts the transfer and
 // the call throws base::Cancelled. One transport may serve several tasks at once.
@@ -39,15 +40,18 @@ public:
     // Without a session, makes one of its own that keeps nothing between calls and guards
     // each redirect with `isSafeDestination`. A given session keeps its own redirect policy.
     //
-    // `isSafeDestination` exists for tests only: every test server listens on loopback, which
-    // the real check refuses, so a test admits exactly its first server and still proves both
-    // points of protection against a second one. Production code leaves the default.
+    // `isSafeDestination` and `isSafeAddress` exist for tests only: every test server listens
+    // on loopback, which the real checks refuse, so a test admits exactly its first server and
+    // still proves every point of protection against a second one. Production code leaves the
+    // defaults.
     explicit URLSessionPageTransport(
         std::shared_ptr<nuvrel::base::HttpSession> session = nullptr, double timeoutInterval = 3.5,
         std::string userAgent = defaultUserAgent, std::size_t maxStreamedBytes = 1'572'864,
-        DestinationCheck isSafeDestination = PageFetcher::isSafeToFetch);
+        DestinationCheck isSafeDestination = PageFetcher::isSafeToFetch,
+        nuvrel::base::ConnectPolicy isSafeAddress = PageFetcher::isPublicAddress);
 
-    // Throws PageFetchError::unsafeDestination, without a connection, for a refused URL;
+    // Throws PageFetchError::unsafeDestination, without a connection, for a refused URL or a
+    // refused address;
     // base::HttpError when no response could be had. The body holds at most
     // maxStreamedBytes + 1 bytes.
     RawPageResponse fetchPage(const nuvrel::base::Url& url) const override;

@@ -19,6 +19,7 @@
 #include "core/user_facing_error.h"
 #include "llm/llm_error.h"
 #include "llm/model_catalog.h"
+#include "support/recording_sink.h"
 #include "wayfen/searxng_transport.h"
 
 namespace nuvrel::answers {
@@ -259,9 +260,10 @@ TEST(WebSearchCapabilityExecute, WithoutWantAnswerNeitherFetchesNorAsksButLogsLa
                                                    .maxBytes = 1'572'864,
                                                    .concurrencyLimit = 3,
                                                    .sleepFn = base::liveSleep};
-    ::testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    f.capability.diagnostics = recorded.diagnostics;
     const core::WebAnswer answer = answerOf(f.capability, "tallest mountain", false);
-    const std::string log = ::testing::internal::GetCapturedStderr();
+    const std::string log = recorded.sink->text();
 
     EXPECT_TRUE(f.summarizer->calls.empty());
     EXPECT_TRUE(pages->requested.empty());
@@ -420,9 +422,10 @@ TEST(WebSearchCapabilityExecute, ChallengeNetworkFailureAndEmptyPageReachTheCard
 
     // A page of no results: an answer with nothing in it and no latency line.
     auto empty = fixture(serving("<html>nothing here</html>"), {});
-    ::testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    empty.capability.diagnostics = recorded.diagnostics;
     const core::WebAnswer answer = answerOf(empty.capability, "  q");
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(recorded.sink->text(), "");
     EXPECT_EQ(answer, (core::WebAnswer{.summary = std::nullopt,
                                        .sources = {},
                                        .query = "  q",

@@ -6,6 +6,7 @@
 #include "app/app_state.h"
 #include "app/app_test_support.h"
 #include "app/settings_keys.h"
+#include "support/recording_sink.h"
 
 namespace nuvrel::app {
 namespace {
@@ -17,10 +18,12 @@ protected:
     std::shared_ptr<AppState> load(std::vector<std::string> preferredLanguages = {"en-US"}) {
         return AppState::create(queue, {.userDefaults = store,
                                         .preferredLanguages = std::move(preferredLanguages),
-                                        .defaultModelFileName = "resolved.gguf"});
+                                        .defaultModelFileName = "resolved.gguf",
+                                        .diagnostics = recorded.diagnostics});
     }
 
     base::MainQueue queue;
+    const nuvrel::test::RecordedDiagnostics recorded;
     std::shared_ptr<test::InMemorySettingsStore> store =
         std::make_shared<test::InMemorySettingsStore>();
 };
@@ -147,9 +150,8 @@ TEST_F(AppSettings, SelectModelIsIgnoredDuringAnInstallAndRollsBackAFailedSwitch
     };
 
     state->setInstallingModel(true);
-    testing::internal::CaptureStderr();
     state->selectModel("big.gguf");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(recorded.sink->take(),
               "[Nuvrel] selectModel(big.gguf) ignored — a model install is in flight\n");
     EXPECT_EQ(state->selectedModelFileName(), "resolved.gguf");
     state->setInstallingModel(false);

@@ -6,6 +6,7 @@
 #include "app/app_state.h"
 #include "app/app_test_support.h"
 #include "core/localized_strings.h"
+#include "support/recording_sink.h"
 
 namespace nuvrel::app {
 namespace {
@@ -56,18 +57,19 @@ protected:
     std::shared_ptr<AppState> makeState(bool debugLogging) {
         auto state = AppState::create(
             queue, {.userDefaults = std::make_shared<test::InMemorySettingsStore>(),
-                    .debugLoggingEnabled = debugLogging});
+                    .debugLoggingEnabled = debugLogging,
+                    .diagnostics = recorded.diagnostics});
         state->makePipeline = [scripted = pipeline](core::AppLanguage) { return scripted; };
         return state;
     }
     std::string runAndCapture(AppState& state, std::string_view query) {
-        testing::internal::CaptureStderr();
         state.run(query);
         queue.runUntil([&] { return state.isSettled(); });
-        return testing::internal::GetCapturedStderr();
+        return recorded.sink->take();
     }
 
     base::MainQueue queue;
+    const nuvrel::test::RecordedDiagnostics recorded;
     std::shared_ptr<test::ScriptedPipeline> pipeline =
         std::make_shared<test::ScriptedPipeline>(queue);
 };

@@ -10,6 +10,7 @@
 
 #include "base/files.h"
 #include "base/paths.h"
+#include "support/recording_sink.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -122,10 +123,10 @@ TEST_F(JsonSettingsStoreFile, ReadersOfTheFileNeverSeeAHalfWrittenObject) {
 TEST_F(JsonSettingsStoreFile, AnUnwritableFileKeepsTheValueForTheSession) {
     const fs::path blocked = home.path() / "not-a-folder" / "settings.json";
     base::writeFileAtomically(home.path() / "not-a-folder", "a file in the way");
-    JsonSettingsStore store(blocked);
-    testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    JsonSettingsStore store(blocked, recorded.diagnostics);
     store.set("lang", "ko");
-    const auto log = testing::internal::GetCapturedStderr();
+    const auto log = recorded.sink->text();
     EXPECT_EQ(store.string("lang"), "ko");
     EXPECT_EQ(log.rfind("[Nuvrel] settings could not be written (", 0), 0u) << log;
 }

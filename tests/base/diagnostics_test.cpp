@@ -1,25 +1,55 @@
 #include "base/diagnostics.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <string>
 #include <thread>
 #include <vector>
+
+#include "base/files.h"
 
 namespace nuvrel::base {
 namespace {
 
-TEST(Diagnostics, LinesFromManyThreadsStayWholeAndTagged) {
-    testing::internal::CaptureStderr();
-    std::vector<std::thread> writers;
-    for (int t = 0; t < 4; ++t) {
-        writers.emplace_back([] {
-            for (int i = 0; i < 50; ++i)
-                diag::event.line("server started on port 8765 after a long wait");
-        });
+// Standard error goes into a file while the object lives.
+class RedirectedStandardError {
+public:
+    explicit RedirectedStandardError(const std::string& path)
+        : saved_(::dup(STDERR_FILENO)),
+          file_(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600)) {
+        ::dup2(file_, STDERR_FILENO);
     }
-    for (auto& writer : writers) writer.join();
-    diag::latency.line("route 12 ms");
-    const std::string output = testing::internal::GetCapturedStderr();
+    ~RedirectedStandardError() {
+        ::dup2(saved_, STDERR_FILENO);
+        ::close(saved_);
+        ::close(file_);
+    }
+
+private:
+    int saved_;
+    int file_;
+};
+
+TEST(Diagnostics, LinesFromManyThreadsReachStandardErrorWholeAndTagged) {
+    const std::string path = ::testing::TempDir() + "diagnostics-" + std::to_string(::getpid());
+    {
+        RedirectedStandardError redirected(path);
+        const Diagnostics diagnostics;
+        std::vector<std::thread> writers;
+        for (int t = 0; t < 4; ++t) {
+            writers.emplace_back([&] {
+                for (int i = 0; i < 50; ++i)
+                    diagnostics.event("server started on port 8765 after a long wait");
+            });
+        }
+        for (auto& writer : writers) writer.join();
+        diagnostics.latency("route 12 ms");
+    }
+    const std::string output = readFile(path).value_or("");
+    std::remove(path.c_str());
 
     std::size_t lines = 0, start = 0;
     while (start < output.size()) {

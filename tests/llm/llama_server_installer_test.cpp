@@ -11,6 +11,7 @@
 #include "base/cancellation.h"
 #include "base/files.h"
 #include "base/task.h"
+#include "platform/live_llm.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
@@ -87,14 +88,14 @@ TEST(LlamaServerInstallerTest, TheLiveRunWaitsForTheScriptAndACancelEndsItsWhole
     const auto script = home.path() / "install.sh";
     const auto output = home.path() / "install.log";
     base::writeFileAtomically(script, "echo building\necho done > \"$HOME/marker\"\n");
-    Installer::liveRunInstall(script, output);
+    platform::liveRunInstall(script, output);
     EXPECT_EQ(base::readFile(home.path() / "marker"), "done\n");
     EXPECT_EQ(base::readFile(output), "building\n");
 
     // A long build: the script waits on a child of its own, as it waits on the compiler.
     const auto childFile = home.path() / "child";
     base::writeFileAtomically(script, "sleep 30 &\necho $! > \"$HOME/child\"\nwait\n");
-    base::Task<void> installing([&] { Installer::liveRunInstall(script, output); });
+    base::Task<void> installing([&] { platform::liveRunInstall(script, output); });
     const auto deadline = std::chrono::steady_clock::now() + 5s;
     while (!base::readFile(childFile).value_or("").ends_with("\n")) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);

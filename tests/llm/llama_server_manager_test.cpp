@@ -19,14 +19,15 @@
 #include "llm/managed_llama_backend.h"
 #include "llm/server_process_support.h"
 #include "support/loopback_server.h"
+#include "support/recording_sink.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
 namespace {
 
 using namespace std::chrono_literals;
-using platform::Signal;
-using platform::SignalResult;
+using base::Signal;
+using base::SignalResult;
 using test::CountingProcesses;
 using test::ForeignProcess;
 
@@ -61,6 +62,7 @@ protected:
             unregistered.push_back(pid);
         };
         environment.timing = timing;
+        environment.diagnostics = recorded.diagnostics;
         return environment;
     }
 
@@ -109,6 +111,7 @@ protected:
     nuvrel::test::TemporaryHome home;
     std::filesystem::path modelPath;
     std::filesystem::path logs;
+    const nuvrel::test::RecordedDiagnostics recorded;
     std::shared_ptr<CountingProcesses> processes = std::make_shared<CountingProcesses>();
     std::shared_ptr<base::HttpSession> session = std::make_shared<base::HttpSession>();
     LlamaServerManager::Timing timing = [] {
@@ -275,9 +278,9 @@ TEST_F(LlamaServerManagerTest, AnOrphanWithoutAReadableRecordIsAdoptedAndStopped
     base::writeFileAtomically(pidFile(port), "garbage:here");
     auto server = manager(port);
 
-    ::testing::internal::CaptureStderr();
+    recorded.sink->take();
     server->ensureRunning();
-    const std::string diagnostics = ::testing::internal::GetCapturedStderr();
+    const std::string diagnostics = recorded.sink->take();
     EXPECT_TRUE(processes->spawned().empty());
     EXPECT_EQ(
         diagnostics,
@@ -287,6 +290,8 @@ TEST_F(LlamaServerManagerTest, AnOrphanWithoutAReadableRecordIsAdoptedAndStopped
               own() + ":" + std::to_string(orphan->pid()) + ":model.gguf");
     EXPECT_TRUE(registered.empty()) << "an adopted server is not our child";
 
+    // A later call checks the server again and keeps it ours.
+    server->ensureRunning();
     server->stop();
     EXPECT_TRUE(orphan->waitForExit(1s));
     EXPECT_EQ(orphan->signal(), SIGTERM);
@@ -330,9 +335,9 @@ TEST_F(LlamaServerManagerTest, AWrongModelIsReplacedOnlyWhenItIsALlamaServer) {
     const auto other = modelPath.parent_path() / "other.gguf";
     auto wrong = foreignServer(port, other);
     auto server = manager(port);
-    ::testing::internal::CaptureStderr();
+    recorded.sink->take();
     server->ensureRunning();
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(recorded.sink->take(),
               "[Nuvrel] port 18649 is already serving other.gguf — expected model.gguf; "
               "terminating it and spawning the correct model\n");
     EXPECT_EQ(wrong->signal(), SIGTERM);
@@ -352,9 +357,9 @@ TEST_F(LlamaServerManagerTest, AWrongModelIsReplacedOnlyWhenItIsALlamaServer) {
         routes.Get("/props", [](const httplib::Request&, httplib::Response& r) { r.status = 500; });
     });
     auto blocked = manager(stranger.port());
-    ::testing::internal::CaptureStderr();
+    recorded.sink->take();
     const auto error = test::errorOf<LLMError>([&] { blocked->ensureRunning(); });
-    const std::string diagnostics = ::testing::internal::GetCapturedStderr();
+    const std::string diagnostics = recorded.sink->take();
     EXPECT_EQ(error, LLMError::portOccupiedUnhealthy(stranger.port()));
     const std::string port2 = std::to_string(stranger.port());
     EXPECT_EQ(diagnostics,
@@ -532,10 +537,10 @@ TEST_F(LlamaServerManagerTest, TheManagedBackendStartsItsServerBeforeTheFirstCal
         server,
         LlamaServerBackend(*base::Url::parse("http://127.0.0.1:" + std::to_string(port)), session,
                            std::string(LlamaServerBackend::modelName), 0.0, 16, 10.0, 0, 0),
-        "routing");
-    ::testing::internal::CaptureStderr();
+        "routing", recorded.diagnostics);
+    recorded.sink->take();
     EXPECT_EQ(managed.complete("system", "user", R"({"type":"object"})"), R"({"fake":true})");
-    const std::string diagnostics = ::testing::internal::GetCapturedStderr();
+    const std::string diagnostics = recorded.sink->take();
     EXPECT_EQ(diagnostics.rfind("[nuvrel-latency] routing call ok in ", 0), 0u) << diagnostics;
     EXPECT_EQ(managed.modelFileName(), "model.gguf");
     EXPECT_EQ(processes->spawned().size(), 1u);

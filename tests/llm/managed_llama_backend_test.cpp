@@ -13,6 +13,7 @@
 #include "llm/error_capture.h"
 #include "llm/llm_error.h"
 #include "llm/scripted_llama_server.h"
+#include "support/recording_sink.h"
 
 namespace nuvrel::llm {
 namespace {
@@ -79,10 +80,11 @@ TEST(ManagedLlamaBackend, EnsuresTheServerThenLogsTheCallsLatency) {
     auto manager = std::make_shared<FakeManager>(server);
     auto managed = managedFor(server, manager, "routing");
 
-    testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    managed.diagnostics = recorded.diagnostics;
     const std::string content =
         managed.complete("s", "u", schema, std::optional<std::string_view>("{\"intent\":\""));
-    const std::string output = testing::internal::GetCapturedStderr();
+    const std::string output = recorded.sink->text();
 
     EXPECT_EQ(content, "routed\"}");
     EXPECT_EQ(manager->calls, 1);
@@ -112,9 +114,10 @@ TEST(ManagedLlamaBackend, AFailedCallIsLoggedAndItsErrorRethrownUnchanged) {
         SCOPED_TRACE(c.outcome);
         ScriptedLlamaServer server({c.reply});
         auto managed = managedFor(server, std::make_shared<FakeManager>(server), "summary");
-        testing::internal::CaptureStderr();
+        const nuvrel::test::RecordedDiagnostics recorded;
+        managed.diagnostics = recorded.diagnostics;
         const auto error = test::errorOf<LLMError>([&] { managed.complete("s", "u", schema); });
-        const std::string output = testing::internal::GetCapturedStderr();
+        const std::string output = recorded.sink->text();
         EXPECT_EQ(error, c.error);
         latencyOf(output, "summary", c.outcome);
     }
@@ -125,9 +128,10 @@ TEST(ManagedLlamaBackend, AServerThatCannotBeStartedFailsTheCallUnlogged) {
     auto manager = std::make_shared<FakeManager>(server, LLMError::serverStartTimeout());
     auto managed = managedFor(server, manager, "routing");
 
-    testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    managed.diagnostics = recorded.diagnostics;
     const auto error = test::errorOf<LLMError>([&] { managed.complete("s", "u", schema); });
-    const std::string output = testing::internal::GetCapturedStderr();
+    const std::string output = recorded.sink->text();
 
     EXPECT_EQ(error, LLMError::serverStartTimeout());
     EXPECT_EQ(output, "");
@@ -138,12 +142,13 @@ TEST(ManagedLlamaBackend, ACancelledCallStaysCancelled) {
     ScriptedLlamaServer server({{200, test::chatReply("late"), 20s}});
     auto managed = managedFor(server, std::make_shared<FakeManager>(server), "routing");
 
-    testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    managed.diagnostics = recorded.diagnostics;
     base::Task<std::string> call([&] { return managed.complete("s", "u", schema); });
     ASSERT_TRUE(server.waitForRequests(1, 5s));
     call.cancel();
     EXPECT_THROW(call.value(), base::Cancelled);
-    const std::string output = testing::internal::GetCapturedStderr();
+    const std::string output = recorded.sink->text();
     latencyOf(output, "routing", "error(cancelled)");
 }
 

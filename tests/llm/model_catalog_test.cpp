@@ -12,6 +12,7 @@
 #include "core/localized_strings.h"
 #include "llm/error_capture.h"
 #include "llm/model_resolution.h"
+#include "support/recording_sink.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
@@ -55,6 +56,7 @@ protected:
     nuvrel::test::TemporaryHome home;
     fs::path models = modelsDirectory();
     fs::path downloads = home.path() / "Downloads";
+    const nuvrel::test::RecordedDiagnostics recorded;
 };
 
 // Resolution
@@ -75,9 +77,9 @@ TEST(CanonicalRouter, FineTunedRouterPrefixesAreCanonicalEverythingElseInterim) 
 
 TEST_F(ModelCatalogTest, NothingInstalledGivesTheInterimPathWithItsLine) {
     EXPECT_EQ(models, home.path() / ".local/share/nuvrel/models");
-    testing::internal::CaptureStderr();
-    const ResolvedModelPath resolved = resolveModelPath(liveFileExists);
-    const std::string log = testing::internal::GetCapturedStderr();
+    recorded.sink->take();
+    const ResolvedModelPath resolved = resolveModelPath(liveFileExists, recorded.diagnostics);
+    const std::string log = recorded.sink->take();
 
     EXPECT_EQ(resolved, (ResolvedModelPath{models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", true}));
     EXPECT_EQ(log, "[Nuvrel] fine-tuned router model not found at " +
@@ -89,9 +91,10 @@ TEST_F(ModelCatalogTest, NothingInstalledGivesTheInterimPathWithItsLine) {
 TEST_F(ModelCatalogTest, DefaultRouterFileBeatsTheInterimFileSilently) {
     writeFile(models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", "interim");
     writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
-    testing::internal::CaptureStderr();
-    const ResolvedModelPath resolved = resolveModelPath(std::nullopt, models, liveFileExists);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    recorded.sink->take();
+    const ResolvedModelPath resolved =
+        resolveModelPath(std::nullopt, models, liveFileExists, recorded.diagnostics);
+    EXPECT_EQ(recorded.sink->take(), "");
     EXPECT_EQ(resolved, (ResolvedModelPath{models / "nuvrel-nano-router-v5-q4_k_m.gguf", false}));
 }
 
@@ -99,20 +102,22 @@ TEST_F(ModelCatalogTest, PresentSelectionIsUsedWithItsOwnInterimFlag) {
     writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
     writeFile(models / "kestrune-mini-router-ep7-q4_k_m.gguf", "mini");
     writeFile(models / "my-own.gguf", "mine");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(resolveModelPath("kestrune-mini-router-ep7-q4_k_m.gguf", models, liveFileExists),
+    recorded.sink->take();
+    EXPECT_EQ(resolveModelPath("kestrune-mini-router-ep7-q4_k_m.gguf", models, liveFileExists,
+                               recorded.diagnostics),
               (ResolvedModelPath{models / "kestrune-mini-router-ep7-q4_k_m.gguf", false}));
-    EXPECT_EQ(resolveModelPath("my-own.gguf", models, liveFileExists),
+    EXPECT_EQ(resolveModelPath("my-own.gguf", models, liveFileExists, recorded.diagnostics),
               (ResolvedModelPath{models / "my-own.gguf", true}));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(recorded.sink->take(), "");
 }
 
 TEST_F(ModelCatalogTest, EmptyOrAbsentSelectionFallsBackWithoutTheSelectionWarning) {
     for (const std::optional<std::string>& selection :
          {std::optional<std::string>(), std::optional<std::string>("")}) {
-        testing::internal::CaptureStderr();
-        const ResolvedModelPath resolved = resolveModelPath(selection, models, liveFileExists);
-        const std::string log = testing::internal::GetCapturedStderr();
+        recorded.sink->take();
+        const ResolvedModelPath resolved =
+            resolveModelPath(selection, models, liveFileExists, recorded.diagnostics);
+        const std::string log = recorded.sink->take();
         EXPECT_TRUE(resolved.isInterim);
         EXPECT_EQ(log.find("selected model"), std::string::npos) << log;
         EXPECT_NE(log.find("fine-tuned router model not found"), std::string::npos) << log;
@@ -121,9 +126,10 @@ TEST_F(ModelCatalogTest, EmptyOrAbsentSelectionFallsBackWithoutTheSelectionWarni
 
 TEST_F(ModelCatalogTest, MissingSelectionWarnsAndFallsBackToTheDefaultRouter) {
     writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
-    testing::internal::CaptureStderr();
-    const ResolvedModelPath resolved = resolveModelPath("gone.gguf", models, liveFileExists);
-    const std::string log = testing::internal::GetCapturedStderr();
+    recorded.sink->take();
+    const ResolvedModelPath resolved =
+        resolveModelPath("gone.gguf", models, liveFileExists, recorded.diagnostics);
+    const std::string log = recorded.sink->take();
 
     EXPECT_EQ(resolved, (ResolvedModelPath{models / "nuvrel-nano-router-v5-q4_k_m.gguf", false}));
     EXPECT_EQ(log, "[Nuvrel] selected model not found at " + (models / "gone.gguf").string() +
@@ -135,9 +141,10 @@ TEST_F(ModelCatalogTest, MissingSelectionWarnsAndFallsBackToTheDefaultRouter) {
 TEST_F(ModelCatalogTest, FallbackLooksInTheRealModelsFolderNotTheGivenOne) {
     const fs::path elsewhere = home.path() / "elsewhere";
     writeFile(elsewhere / "nuvrel-nano-router-v5-q4_k_m.gguf", "router in the wrong place");
-    testing::internal::CaptureStderr();
-    const ResolvedModelPath resolved = resolveModelPath("gone.gguf", elsewhere, liveFileExists);
-    const std::string log = testing::internal::GetCapturedStderr();
+    recorded.sink->take();
+    const ResolvedModelPath resolved =
+        resolveModelPath("gone.gguf", elsewhere, liveFileExists, recorded.diagnostics);
+    const std::string log = recorded.sink->take();
 
     EXPECT_EQ(resolved, (ResolvedModelPath{models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", true}));
     EXPECT_NE(log.find((elsewhere / "gone.gguf").string()), std::string::npos) << log;
@@ -194,7 +201,7 @@ TEST(ModelNames, DisplayAttributionAndTraitsByFile) {
 TEST_F(ModelCatalogTest, InstallCopiesThroughStagingIntoAFolderItCreates) {
     writeFile(downloads / "Mine-7B.GGUF", "weights");
     writeFile(downloads / "other.gguf", "other");
-    ASSERT_FALSE(fs::exists(models));
+    fs::remove(models);  // asking for the folder made it; the install must make it again
 
     EXPECT_EQ(ModelCatalog::install(downloads / "Mine-7B.GGUF", models, liveModelFileManager()),
               models / "Mine-7B.GGUF");

@@ -21,6 +21,7 @@
 #include "llm/managed_llama_backend.h"
 #include "llm/server_process_support.h"
 #include "support/helper_process.h"
+#include "support/recording_sink.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
@@ -117,11 +118,10 @@ TEST_F(RealLlamaServerTest, SpawnsOnceForConcurrentCallersRoutesAndStops) {
         "routing");
     const std::string schema =
         R"({"type":"object","properties":{"intent":{"type":"string"}},"required":["intent"]})";
-    ::testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    managed.diagnostics = recorded.diagnostics;
     const std::string reply = managed.complete("Route the query.", "hello", schema);
-    EXPECT_EQ(
-        ::testing::internal::GetCapturedStderr().rfind("[nuvrel-latency] routing call ok in ", 0),
-        0u);
+    EXPECT_EQ(recorded.sink->text().rfind("[nuvrel-latency] routing call ok in ", 0), 0u);
     const auto decoded = nlohmann::json::parse(reply, nullptr, false);
     ASSERT_TRUE(decoded.is_object()) << reply;
     EXPECT_TRUE(decoded.contains("intent")) << reply;

@@ -22,7 +22,8 @@
 #include <vector>
 
 #include "base/http.h"
-#include "platform/process_control.h"
+#include "base/process_control.h"
+#include "platform/live_process_control.h"
 
 namespace nuvrel::llm::test {
 
@@ -90,15 +91,15 @@ inline bool answersHealth(base::HttpSession& session, int port) {
     }
 }
 
-class CountingProcesses : public platform::ProcessControl {
+class CountingProcesses : public base::ProcessControl {
 public:
-    std::shared_ptr<platform::ChildProcess> spawn(const platform::SpawnRequest& request) override {
+    std::shared_ptr<base::ChildProcess> spawn(const base::SpawnRequest& request) override {
         auto child = live_->spawn(request);
         std::lock_guard guard(mutex_);
         spawned_.push_back(child->pid());
         return child;
     }
-    platform::SignalResult signal(std::int32_t pid, platform::Signal signal) override {
+    base::SignalResult signal(std::int32_t pid, base::Signal signal) override {
         return live_->signal(pid, signal);
     }
     std::vector<std::int32_t> listeningPIDs(int port) override {
@@ -115,7 +116,7 @@ public:
     }
 
 private:
-    std::shared_ptr<platform::ProcessControl> live_ = platform::liveProcessControl();
+    std::shared_ptr<base::ProcessControl> live_ = platform::liveProcessControl();
     mutable std::mutex mutex_;
     std::vector<std::int32_t> spawned_;
 };

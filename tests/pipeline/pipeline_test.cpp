@@ -15,6 +15,7 @@
 #include "pipeline/chain_decomposer.h"
 #include "pipeline/pipeline_test_support.h"
 #include "pipeline/user_facing.h"
+#include "support/recording_sink.h"
 
 namespace nuvrel::pipeline {
 namespace {
@@ -187,9 +188,9 @@ TEST(PipelineGate, AMessagePlanAsksForConfirmationAndNeverRuns) {
         pipelineWith({reply(routerReply(IntentID::messageSend, 0.4, slots))}, {messages, web});
     EXPECT_EQ(unsure.pipeline.run("text Jamie running late").kind(),
               PipelineOutcome::Kind::confirm);
-    auto unsureIncomplete = pipelineWith(
-        {reply(routerReply(IntentID::messageSend, 0.4, {{"recipient", "Jamie"}}))},
-        {messages, web});
+    auto unsureIncomplete =
+        pipelineWith({reply(routerReply(IntentID::messageSend, 0.4, {{"recipient", "Jamie"}}))},
+                     {messages, web});
     const std::optional<core::WebAnswer> answer =
         webAnswerOf(unsureIncomplete.pipeline.run("text Jamie"));
     ASSERT_TRUE(answer);
@@ -225,9 +226,10 @@ struct CapturedRun {
 CapturedRun runFinderThrowing(std::shared_ptr<FakeCapability> finder) {
     auto made = pipelineWith(
         {reply(routerReply(IntentID::finderSearch, 0.9, {{"keyword", "taxes"}}))}, {finder});
-    ::testing::internal::CaptureStderr();
+    const nuvrel::test::RecordedDiagnostics recorded;
+    made.pipeline.diagnostics = recorded.diagnostics;
     PipelineOutcome outcome = made.pipeline.run("find my taxes");
-    return {std::move(outcome), ::testing::internal::GetCapturedStderr()};
+    return {std::move(outcome), recorded.sink->text()};
 }
 
 TEST(PipelineErrors, AfterValidationAUserFacingErrorGetsTheHelpHintWhenItHasNoRecovery) {
@@ -280,17 +282,17 @@ TEST(PipelineErrors, TheFallbackSearchPassesItsErrorsThroughUserFacing) {
 
 // The fast paths and routed dispatch let a UserFacingError through exactly as thrown.
 TEST(PipelineErrors, FastPathCallsKeepAUserFacingErrorAsThrown) {
-    const auto call = [](auto body) {
-        return outcomeOfCall(ErrorRule::userFacingAsThrown, en, body);
+    const nuvrel::test::RecordedDiagnostics recorded;
+    const auto call = [&](auto body) {
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, en, recorded.diagnostics, body);
     };
     const auto bare =
         call([]() -> core::CapabilityResult { throw UserFacingError("No such note"); });
     ASSERT_TRUE(bare);
     EXPECT_EQ(errorOf(*bare), UserFacingError("No such note", std::nullopt, false));
 
-    ::testing::internal::CaptureStderr();
     const auto other = call([]() -> core::CapabilityResult { throw 42; });
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(recorded.sink->take(),
               "[Nuvrel] capability error hidden behind genericErrorMessage: unknown error\n");
     ASSERT_TRUE(other);
     EXPECT_EQ(errorOf(*other), UserFacingError(en.genericErrorMessage, en.helpHintRecovery, false));
@@ -341,34 +343,28 @@ TEST(PipelineCancellation, AStopWhileTheModelAnsweredStillEndsCancelled) {
 
 // --- The debug hook ---
 
-class PipelineDebugSlots : public ::testing::Test {
-protected:
-    void TearDown() override { unsetenv("NUVREL_DEBUG_QUERY"); }
+std::string slotLinesOf(const std::string& routerAnswer, bool logging = true) {
+    auto finder = std::make_shared<FakeCapability>(IntentID::finderSearch);
+    auto made = pipelineWith({reply(routerAnswer), reply(routerAnswer)}, {finder});
+    const nuvrel::test::RecordedDiagnostics recorded;
+    made.pipeline.diagnostics = recorded.diagnostics;
+    made.pipeline.debugSlotsLogging = logging;
+    made.pipeline.run("find my taxes");
+    return recorded.sink->text();
+}
 
-    static std::string standardErrorOf(const std::string& routerAnswer) {
-        auto finder = std::make_shared<FakeCapability>(IntentID::finderSearch);
-        auto made = pipelineWith({reply(routerAnswer), reply(routerAnswer)}, {finder});
-        ::testing::internal::CaptureStderr();
-        made.pipeline.run("find my taxes");
-        return ::testing::internal::GetCapturedStderr();
-    }
-};
-
-TEST_F(PipelineDebugSlots, TheSlotLineIsWrittenOnlyWithTheVariableSet) {
+TEST(PipelineDebugSlots, TheSlotLineIsWrittenOnlyWhenAsked) {
     const std::string answer =
         routerReply(IntentID::finderSearch, 0.85, {{"keyword", "taxes"}, {"file_type", "pdf"}});
-    unsetenv("NUVREL_DEBUG_QUERY");
-    EXPECT_EQ(standardErrorOf(answer), "");
-
-    setenv("NUVREL_DEBUG_QUERY", "1", 1);
-    EXPECT_EQ(standardErrorOf(answer),
+    EXPECT_EQ(slotLinesOf(answer, false), "");
+    EXPECT_EQ(slotLinesOf(answer),
               "[nuvrel-debug-slots] intent=finder.search confidence=0.85 "
               "slots={\"file_type\":\"pdf\",\"keyword\":\"taxes\"}\n");
-    EXPECT_EQ(standardErrorOf(routerReply(IntentID::finderSearch, 1, {{"keyword", "taxes"}})),
+    EXPECT_EQ(slotLinesOf(routerReply(IntentID::finderSearch, 1, {{"keyword", "taxes"}})),
               "[nuvrel-debug-slots] intent=finder.search confidence=1.0 "
               "slots={\"keyword\":\"taxes\"}\n");
     // Unusable output is logged as the empty intent it became.
-    EXPECT_EQ(standardErrorOf("not json"),
+    EXPECT_EQ(slotLinesOf("not json"),
               "[nuvrel-debug-slots] intent=system.unknown confidence=0.0 slots={}\n");
 }
 

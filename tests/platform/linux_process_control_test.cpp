@@ -10,13 +10,16 @@
 #include <thread>
 
 #include "base/files.h"
-#include "platform/process_control.h"
+#include "platform/live_process_control.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::platform {
 namespace {
 
 using namespace std::chrono_literals;
+using base::ChildProcess;
+using base::Signal;
+using base::SignalResult;
 
 // A socket of this process on 127.0.0.1 or ::1 at an ephemeral port; listening or not. It is
 // inheritable on purpose: a spawn must close it in the child all the same.

@@ -22,6 +22,7 @@
 
 #include "base/http.h"
 #include "llm/llama_server_manager.h"
+#include "platform/live_llm.h"
 #include "platform/posix/crash_child_reaper.h"
 
 extern char** environ;
@@ -31,7 +32,7 @@ namespace {
 using namespace nuvrel;
 
 std::unique_ptr<llm::LlamaServerManager> startServer(char** argv, std::int32_t& childPID) {
-    auto environment = llm::LlamaServerManager::liveEnvironment();
+    auto environment = platform::liveLlamaServerEnvironment({});
     const std::filesystem::path server = argv[2];
     environment.findServerBinary = [server] { return std::optional(server); };
     const auto registerChild = environment.registerChild;

@@ -1,5 +1,6 @@
 #include "wayfen/page_fetcher.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -129,6 +130,31 @@ TEST(PageFetcherSafety, RefusesLocalAndPrivateHostsOverEitherScheme) {
     EXPECT_FALSE(PageFetcher::isSafeToFetch(url("ftp://example.com/file")));
     EXPECT_FALSE(PageFetcher::isSafeToFetch(url("file:///etc/passwd")));
     EXPECT_FALSE(PageFetcher::isSafeToFetch(base::Url()));
+}
+
+TEST(PageFetcherSafety, AtConnectTimeOnlyPublicAddressesPass) {
+    const auto address = [](const std::string& text) {
+        base::SocketAddress parsed;
+        parsed.bytes.resize(text.find(':') == std::string::npos ? 4 : 16);
+        EXPECT_EQ(::inet_pton(parsed.bytes.size() == 4 ? AF_INET : AF_INET6, text.c_str(),
+                              parsed.bytes.data()),
+                  1)
+            << text;
+        return parsed;
+    };
+    for (const std::string inside :
+         {"127.0.0.1", "127.9.9.9", "10.0.0.1", "172.16.0.1", "172.31.255.255", "192.168.1.1",
+          "169.254.169.254", "100.64.0.1", "100.127.255.255", "0.0.0.0", "::1", "::", "fe80::1",
+          "febf::1", "fc00::1", "fd12:3456::1", "::ffff:127.0.0.1", "::ffff:10.1.2.3",
+          "64:ff9b::a9fe:a9fe"}) {
+        EXPECT_FALSE(PageFetcher::isPublicAddress(address(inside))) << inside;
+    }
+    for (const std::string outside :
+         {"8.8.8.8", "100.63.255.255", "100.128.0.1", "172.32.0.1", "11.0.0.1", "2001:db8::1",
+          "fec0::1", "::ffff:93.184.216.34", "64:ff9b::808:808", "::2"}) {
+        EXPECT_TRUE(PageFetcher::isPublicAddress(address(outside))) << outside;
+    }
+    EXPECT_FALSE(PageFetcher::isPublicAddress(base::SocketAddress{}));
 }
 
 TEST(PageFetcherSafety, AllowsPublicHostsAndLookalikesOfPrivateOnes) {

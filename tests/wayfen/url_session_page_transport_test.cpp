@@ -33,6 +33,11 @@ DestinationCheck admitsOnly(const LoopbackServer& server) {
     };
 }
 
+// At connect time, the one address of the loopback test servers stands in for a public one.
+bool admitsLoopbackOne(const base::SocketAddress& address) {
+    return address.text() == "127.0.0.1";
+}
+
 // A server that should never be reached: it counts every request it gets.
 struct Forbidden {
     std::atomic<int> requests{0};
@@ -60,7 +65,7 @@ TEST(URLSessionPageTransport, SendsBrowserHeadersAndReturnsStatusTypeAndBytes) {
         });
     });
     const URLSessionPageTransport transport(nullptr, 5.0, URLSessionPageTransport::defaultUserAgent,
-                                            1'572'864, admitsOnly(site));
+                                            1'572'864, admitsOnly(site), admitsLoopbackOne);
 
     const auto page = transport.fetchPage(url(site.url("/page")));
     EXPECT_EQ(page.statusCode, 200);
@@ -90,9 +95,24 @@ TEST(URLSessionPageTransport, RefusesAnUnsafeDestinationBeforeAnyConnection) {
     }
 
     Forbidden other;
-    const URLSessionPageTransport guarded(nullptr, 5.0, "test", 1024, admitsOnly(other.server));
+    const URLSessionPageTransport guarded(nullptr, 5.0, "test", 1024, admitsOnly(other.server),
+                                          admitsLoopbackOne);
     EXPECT_THROW(guarded.fetchPage(url(loopback.server.url("/"))), PageFetchError);
     EXPECT_EQ(loopback.requests.load(), 0);
+}
+
+TEST(URLSessionPageTransport, RefusesAnAddressInsideWhateverTheURLSays) {
+    // The URL passes the literal check; the connection would go to loopback.
+    Forbidden inside;
+    const auto admitsAll = [](const base::Url&) { return true; };
+    const URLSessionPageTransport live(nullptr, 5.0, "test", 1024, admitsAll);
+    try {
+        live.fetchPage(url(inside.server.url("/")));
+        ADD_FAILURE() << "a connection to loopback was opened";
+    } catch (const PageFetchError& error) {
+        EXPECT_EQ(error, PageFetchError::unsafeDestination());
+    }
+    EXPECT_EQ(inside.requests.load(), 0);
 }
 
 TEST(URLSessionPageTransport, RefusesARedirectToAnUnsafeHostWithoutRequestingIt) {
@@ -111,7 +131,7 @@ TEST(URLSessionPageTransport, RefusesARedirectToAnUnsafeHostWithoutRequestingIt)
                    [](const httplib::Request&, httplib::Response& res) { res.status = 302; });
     });
     auto transport = std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 1'572'864,
-                                                               admitsOnly(site));
+                                                               admitsOnly(site), admitsLoopbackOne);
 
     EXPECT_EQ(transport->fetchPage(url(site.url("/away"))).statusCode, 302);
     EXPECT_EQ(transport->fetchPage(url(site.url("/nowhere"))).statusCode, 302);
@@ -147,8 +167,8 @@ TEST(URLSessionPageTransport, KeepsOneBytePastTheCapSoTheFetcherDropsTheWholePag
             res.set_content("\xC7\xD1\xB1\xB9\xBE\xEE", "text/html; charset='euc-kr'");
         });
     });
-    auto transport =
-        std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 40, admitsOnly(site));
+    auto transport = std::make_shared<URLSessionPageTransport>(nullptr, 5.0, "test", 40,
+                                                               admitsOnly(site), admitsLoopbackOne);
     EXPECT_EQ(transport->fetchPage(url(site.url("/exact"))).data.size(), 40u);
     EXPECT_EQ(transport->fetchPage(url(site.url("/big"))).data.size(), 41u);
 
@@ -172,7 +192,8 @@ TEST(URLSessionPageTransport, CancellingTheTaskAbortsTheRequest) {
         });
     });
     self = &site;
-    const URLSessionPageTransport transport(nullptr, 60.0, "test", 1024, admitsOnly(site));
+    const URLSessionPageTransport transport(nullptr, 60.0, "test", 1024, admitsOnly(site),
+                                            admitsLoopbackOne);
 
     base::Task<RawPageResponse> caller([&] { return transport.fetchPage(url(site.url("/slow"))); });
     while (!started) std::this_thread::sleep_for(1ms);

@@ -11,14 +11,21 @@
 #include <system_error>
 
 #include "base/files.h"
+#include "base/process_control.h"
 #include "platform/linux/proc_tables.h"
-#include "platform/process_control.h"
+#include "platform/live_process_control.h"
 
 extern char** environ;
 
 namespace nuvrel::platform {
 
 namespace {
+
+using base::ChildProcess;
+using base::ProcessControl;
+using base::Signal;
+using base::SignalResult;
+using base::SpawnRequest;
 
 int signalNumber(Signal signal) {
     switch (signal) {

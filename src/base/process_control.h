@@ -1,8 +1,8 @@
 #pragma once
-// The process operations the server manager needs: spawning a child, signalling any process
-// by ID, and two questions about the machine: who listens on a TCP port, and what a process
-// is called. Everything here blocks briefly (a system call or a /proc scan) and runs on the
-// caller's thread; the objects are safe to use from several threads.
+// The process operations the server manager needs (the live form is in src/platform): spawning a
+// child, signalling any process by ID, and two questions about the machine: who listens on a TCP
+// port, and what a process is called. Everything here blocks briefly (a system call or a /proc
+// scan) and runs on the caller's thread; the objects are safe to use from several threads.
 //
 // On Linux the two questions are answered from /proc. The macOS form answers them with
 // "/usr/sbin/lsof -nP -iTCP:<port> -sTCP:LISTEN -t" and "/bin/ps -p <pid> -o comm=" behind
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace nuvrel::platform {
+namespace nuvrel::base {
 
 enum class Signal {
     probe,      // 0: only asks whether the process exists
@@ -65,7 +65,4 @@ public:
     virtual std::int32_t ownPID() = 0;
 };
 
-// The live form for this machine.
-std::shared_ptr<ProcessControl> liveProcessControl();
-
-}  // namespace nuvrel::platform
+}  // namespace nuvrel::base
