@@ -11,7 +11,7 @@
 #include "llm/llm_error.h"
 #include "pipeline/chain_decomposer.h"
 #include "pipeline/chain_gate.h"
-#include "pipeline/scripted_backend.h"
+#include "support/scripted_backend.h"
 
 namespace nuvrel::pipeline {
 namespace {

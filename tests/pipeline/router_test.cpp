@@ -13,7 +13,7 @@
 #include "base/http.h"
 #include "llm/llm_error.h"
 #include "pipeline/router_prompt.h"
-#include "pipeline/scripted_backend.h"
+#include "support/scripted_backend.h"
 
 namespace nuvrel::pipeline {
 namespace {
