@@ -14,9 +14,10 @@ TEST(PermissionKind, EveryKindButNotificationsLinksToItsOwnPrivacyAnchor) {
         const auto link = settingsDeepLink(kind);
         ASSERT_TRUE(link) << rawValue(kind);
         EXPECT_TRUE(link->starts_with("x-apple.systempreferences:com.apple.preference.")) << *link;
-        EXPECT_EQ(link->find("security?Privacy_") != std::string::npos,
-                  kind != PermissionKind::notifications)
-            << *link;
+        // Notifications have a pane of their own; every other kind a privacy anchor.
+        const bool privacy = kind != PermissionKind::notifications;
+        EXPECT_EQ(link->find("security?Privacy_") != std::string::npos, privacy) << *link;
+        EXPECT_EQ(link->find("security") != std::string::npos, privacy) << *link;
         EXPECT_NE(link->back(), '_') << *link;
         links.insert(*link);
     }
