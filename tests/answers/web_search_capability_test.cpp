@@ -14,12 +14,12 @@
 #include "answers/web_search_prompts.h"
 #include "base/cancellation.h"
 #include "base/task.h"
-#include "base/text.h"
 #include "core/localized_strings.h"
 #include "core/user_facing_error.h"
 #include "llm/llm_error.h"
 #include "llm/model_catalog.h"
 #include "support/recording_sink.h"
+#include "support/scripted_backend.h"
 #include "wayfen/searxng_transport.h"
 
 namespace nuvrel::answers {
@@ -30,45 +30,9 @@ using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-// A summary model that plays a script of replies (or throws) and records every call.
-class ScriptedSummarizer : public llm::LLMBackend {
-public:
-    using Step = std::function<std::string()>;
-    struct Call {
-        std::string system, user, schema;
-        std::optional<std::string> prefix;
-    };
-
-    explicit ScriptedSummarizer(std::vector<Step> script, std::optional<std::string> fileName = {})
-        : script_(std::move(script)), fileName_(std::move(fileName)) {}
-
-    std::string complete(std::string_view system, std::string_view user,
-                         std::string_view schema) override {
-        return complete(system, user, schema, std::nullopt);
-    }
-    std::string complete(std::string_view system, std::string_view user, std::string_view schema,
-                         std::optional<std::string_view> prefix) override {
-        calls.push_back({std::string(system), std::string(user), std::string(schema),
-                         prefix ? std::optional<std::string>(*prefix) : std::nullopt});
-        if (calls.size() > script_.size()) throw std::logic_error("unscripted model call");
-        return script_[calls.size() - 1]();
-    }
-    std::optional<std::string> modelFileName() const override { return fileName_; }
-
-    std::vector<Call> calls;
-
-private:
-    std::vector<Step> script_;
-    std::optional<std::string> fileName_;
-};
-
-ScriptedSummarizer::Step reply(std::string text) {
-    return [text = std::move(text)] { return text; };
-}
-template <class Error>
-ScriptedSummarizer::Step failWith(Error error) {
-    return [error]() -> std::string { throw error; };
-}
+using ScriptedSummarizer = nuvrel::testing::ScriptedBackend;
+using nuvrel::testing::failWith;
+using nuvrel::testing::reply;
 
 // A search provider that answers every query with one page, or throws, and notes the queries.
 class ScriptedTransport : public wayfen::WebSearchTransport {
@@ -358,20 +322,6 @@ TEST(WebSearchCapabilityExecute, PromptsAndPrefixFollowTheLanguage) {
     }
 }
 
-TEST(WebSearchPrompts, EveryLanguageAsksForTheSameShape) {
-    EXPECT_EQ(base::text::count(WebSearchPrompts::systemPrompt(core::AppLanguage::en)), 983u);
-    for (const auto language : core::allAppLanguages) {
-        EXPECT_THAT(std::string(WebSearchPrompts::systemPrompt(language)),
-                    testing::EndsWith("{\"summary\": \"...\"}"));
-        EXPECT_THAT(std::string(WebSearchPrompts::assistantPrefix(language)),
-                    StartsWith("{\"summary\": \""));
-    }
-    EXPECT_THAT(std::string(WebSearchPrompts::systemPrompt(core::AppLanguage::ko)),
-                HasSubstr("\"검색 결과에서 해당 정보를 찾지 못했다\""));
-    EXPECT_THAT(std::string(WebSearchPrompts::systemPrompt(core::AppLanguage::ja)),
-                HasSubstr("検索結果からその情報は見つかりませんでした"));
-}
-
 TEST(WebSearchCapabilityExecute, FetchedPassagesFeedThePromptWhileSourcesStayAsFound) {
     const std::string passage =
         "The tallest mountain on Earth is Mount Everest, which rises 8,849 metres above sea "
@@ -389,7 +339,7 @@ TEST(WebSearchCapabilityExecute, FetchedPassagesFeedThePromptWhileSourcesStayAsF
 
     // The pages of the top three are asked for, the page of the one ranked out never.
     EXPECT_EQ(pages->requested.size(), 3u);
-    EXPECT_THAT(pages->requested, Not(testing::Contains("https://blog.example/hike")));
+    EXPECT_THAT(pages->requested, Not(::testing::Contains("https://blog.example/hike")));
     EXPECT_THAT(f.summarizer->calls.at(0).user, HasSubstr("1. Tallest mountain — " + passage));
     // Pages that could not be had keep their search snippet, and stay among the sources.
     EXPECT_THAT(f.summarizer->calls.at(0).user,

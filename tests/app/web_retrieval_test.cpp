@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "app/app_test_support.h"
 #include "app/settings_keys.h"
 #include "support/loopback_server.h"
 #include "support/temporary_home.h"
@@ -19,26 +20,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-class MemorySettings : public SettingsStoring {
-public:
-    std::optional<std::string> string(std::string_view key) const override {
-        const auto found = values.find(std::string(key));
-        return found == values.end() ? std::nullopt : std::optional<std::string>(found->second);
-    }
-    std::optional<std::int64_t> integer(std::string_view) const override { return std::nullopt; }
-    std::optional<double> number(std::string_view) const override { return std::nullopt; }
-    std::optional<bool> boolean(std::string_view) const override { return std::nullopt; }
-    bool contains(std::string_view key) const override {
-        return values.count(std::string(key)) > 0;
-    }
-    void set(std::string_view key, SettingValue value) override {
-        if (auto* text = std::get_if<std::string>(&value)) values[std::string(key)] = *text;
-    }
-    void remove(std::string_view key) override { values.erase(std::string(key)); }
-
-    std::map<std::string, std::string> values;
-};
 
 class MemoryKeychain : public KeychainStoring {
 public:
@@ -123,11 +104,12 @@ protected:
         return titles;
     }
 
-    test::TemporaryHome home;
+    nuvrel::test::TemporaryHome home;
     Providers providers;
-    test::LoopbackServer server;
+    nuvrel::test::LoopbackServer server;
     std::shared_ptr<NetworkActivityLog> log = std::make_shared<NetworkActivityLog>();
-    std::shared_ptr<MemorySettings> defaults = std::make_shared<MemorySettings>();
+    std::shared_ptr<test::InMemorySettingsStore> defaults =
+        std::make_shared<test::InMemorySettingsStore>();
     std::shared_ptr<MemoryKeychain> keychain = std::make_shared<MemoryKeychain>();
     WebRetrievalSettings settings;
 };
@@ -136,14 +118,13 @@ TEST_F(WebRetrievalTest, OptionalProvidersJoinOnlyWhenConfigured) {
     EXPECT_EQ(webSearchChainMembers(settings).size(), 2u);  // Tavily and Wikipedia
 
     keychain->secrets[std::string(firecrawlAPIKeyName)] = "";
-    defaults->values[std::string(settingsKey::searxngEndpoint)] = " \n ";
+    defaults->set(settingsKey::searxngEndpoint, std::string(" \n "));
     EXPECT_EQ(webSearchChainMembers(settings).size(), 2u);
-    defaults->values[std::string(settingsKey::searxngEndpoint)] = "not a url";
+    defaults->set(settingsKey::searxngEndpoint, std::string("not a url"));
     EXPECT_EQ(webSearchChainMembers(settings).size(), 2u);
 
     keychain->secrets[std::string(firecrawlAPIKeyName)] = "fc-key";
-    defaults->values[std::string(settingsKey::searxngEndpoint)] =
-        "  " + server.url("/searx") + "\n";
+    defaults->set(settingsKey::searxngEndpoint, std::string("  " + server.url("/searx") + "\n"));
     EXPECT_EQ(webSearchChainMembers(settings).size(), 4u);
 
     settings.keychain = nullptr;
@@ -153,7 +134,7 @@ TEST_F(WebRetrievalTest, OptionalProvidersJoinOnlyWhenConfigured) {
 
 TEST_F(WebRetrievalTest, ProvidersAreTriedInOrderUntilOneHasResults) {
     keychain->secrets[std::string(firecrawlAPIKeyName)] = "fc-key";
-    defaults->values[std::string(settingsKey::searxngEndpoint)] = " " + server.url("/searx");
+    defaults->set(settingsKey::searxngEndpoint, std::string(" " + server.url("/searx")));
     providers.replies["tavily"] = {429, "{}"};
     providers.replies["firecrawl"] = {200, R"({"success":true,"data":{"web":[]}})"};
     providers.replies["searxng"] = {
@@ -188,10 +169,6 @@ TEST_F(WebRetrievalTest, DebugBadHostHeadsTheChainAndFallsOverToTavily) {
 
 TEST_F(WebRetrievalTest, PageFetcherNotesEachPageAndNeverReachesLocalHosts) {
     const wayfen::PageFetcher fetcher = WebRetrieval::make(settings).pageFetcher;
-    EXPECT_EQ(fetcher.timeout, 3.5);
-    EXPECT_EQ(fetcher.maxBytes, 1'572'864u);
-    EXPECT_EQ(fetcher.concurrencyLimit, 3);
-
     // The loopback server is a local destination: refused before any connection.
     const auto pages =
         fetcher.fetchAll({*base::Url::parse(server.url("/page")),

@@ -9,14 +9,13 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <future>
-#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "base/task.h"
+#include "support/environment_override.h"
 #include "support/error_of.h"
 #include "support/loopback_server.h"
 
@@ -81,34 +80,6 @@ public:
 private:
     int fd_ = -1;
     int port_ = 0;
-};
-
-// Sets environment variables for one test and puts the old values back.
-class EnvironmentOverride {
-public:
-    void set(const char* name, const char* value) {
-        if (!saved_.contains(name)) {
-            const char* old = std::getenv(name);
-            saved_[name] = old ? std::optional<std::string>(old) : std::nullopt;
-        }
-        if (value) {
-            ::setenv(name, value, 1);
-        } else {
-            ::unsetenv(name);
-        }
-    }
-    ~EnvironmentOverride() {
-        for (const auto& [name, value] : saved_) {
-            if (value) {
-                ::setenv(name.c_str(), value->c_str(), 1);
-            } else {
-                ::unsetenv(name.c_str());
-            }
-        }
-    }
-
-private:
-    std::map<std::string, std::optional<std::string>> saved_;
 };
 
 TEST(HttpSession, ReturnsEveryStatusWithItsHeadersAndBody) {
@@ -620,7 +591,7 @@ TEST(HttpSession, ProxiesFromTheEnvironmentNeverApplyToLoopback) {
         routes.Get("/", [](const auto&, auto& res) { res.set_content("direct", "text/plain"); });
     });
     RawListener deadProxy;  // listens but never answers
-    EnvironmentOverride environment;
+    test::EnvironmentOverride environment;
     const std::string proxy = deadProxy.url("");
     for (const char* name : {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"}) {
         environment.set(name, proxy.c_str());

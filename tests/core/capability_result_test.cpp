@@ -14,47 +14,6 @@ namespace {
 
 using R = CapabilityResult;
 
-TEST(CapabilityResult, CaseNumbersAndNamesFollowTheDeclaredOrder) {
-    const std::vector<std::pair<CapabilityResult, std::string_view>> cases{
-        {R::Files{}, "files"},
-        {R::Events{}, "events"},
-        {R::MessageDraft{}, "messageDraft"},
-        {R::MessageSent{}, "messageSent"},
-        {R::NowPlaying{}, "nowPlaying"},
-        {R::WebAnswer{}, "webAnswer"},
-        {R::Empty{}, "empty"},
-        {R::NeedsPermission{}, "needsPermission"},
-        {R::TimerSet{}, "timerSet"},
-        {R::TimerCancelled{}, "timerCancelled"},
-        {R::Calculation{}, "calculation"},
-        {R::CurrencyConversion{}, "currencyConversion"},
-        {R::Weather{}, "weather"},
-        {R::AppLaunched{}, "appLaunched"},
-        {R::DocumentSummary{}, "documentSummary"},
-        {R::SystemCommandExecuted{}, "systemCommandExecuted"},
-        {R::ScreenshotTaken{}, "screenshotTaken"},
-        {R::ClipboardHistory{}, "clipboardHistory"},
-        {R::DeleteFileConfirmation{}, "deleteFileConfirmation"},
-        {R::CalendarDeleteConfirmation{}, "calendarDeleteConfirmation"},
-        {R::CalendarEventDeleted{}, "calendarEventDeleted"},
-        {R::FileDeleted{}, "fileDeleted"},
-        {R::ReminderSet{}, "reminderSet"},
-        {R::ReminderDeleteConfirmation{}, "reminderDeleteConfirmation"},
-        {R::ReminderDeleted{}, "reminderDeleted"},
-        {R::NoteDeleteConfirmation{}, "noteDeleteConfirmation"},
-        {R::NoteDeleted{}, "noteDeleted"},
-        {R::WindowArranged{}, "windowArranged"},
-        {R::NoteSaved{}, "noteSaved"},
-        {R::Translation{}, "translation"},
-        {R::HelpOverview{}, "helpOverview"},
-    };
-    ASSERT_EQ(cases.size(), CapabilityResult::caseCount);
-    for (std::size_t number = 0; number < cases.size(); ++number) {
-        EXPECT_EQ(cases[number].first.index(), number) << cases[number].second;
-        EXPECT_EQ(caseName(cases[number].first), cases[number].second);
-    }
-}
-
 TEST(CapabilityResult, CasesWithTheSamePayloadShapeStayApart) {
     MessageDraft draft{"mom", std::nullopt, MessageDraft::Channel::sms, "home soon"};
     CapabilityResult drafted = R::MessageDraft{draft};
@@ -73,14 +32,7 @@ TEST(CapabilityResult, CasesWithTheSamePayloadShapeStayApart) {
     EXPECT_EQ(deleting.get<R::CalendarDeleteConfirmation>()->events.at(0).title, "Standup");
 }
 
-TEST(ResultRecords, EqualityCoversOptionalFieldsAndWebSourcesHashByValue) {
-    NowPlaying playing{"Song", "Artist", std::nullopt, true, 12.0, 200.0, std::nullopt};
-    NowPlaying withArt = playing;
-    withArt.artworkData = std::vector<std::uint8_t>{0x89, 0x50};
-    EXPECT_NE(playing, withArt);
-    withArt.artworkData = std::vector<std::uint8_t>{};
-    EXPECT_NE(playing, withArt);  // empty artwork is still artwork
-
+TEST(ResultRecords, WebSourcesHashByValue) {
     WebSource a{"Title", "example.com", "https://example.com/a"};
     WebSource swapped{"example.com", "Title", "https://example.com/a"};
     std::unordered_set<WebSource> sources{a, a, swapped, WebSource{a}};
@@ -102,24 +54,17 @@ TEST(ActionPlan, TheRecordNamesTheIntent) {
     ASSERT_TRUE(plan.get<FinderQuery>());
     EXPECT_EQ(plan.get<FinderQuery>()->fileType, "pdf");
     EXPECT_EQ(plan.get<WebQuery>(), nullptr);
-    EXPECT_EQ(plan, ActionPlan(FinderQuery{.keyword = "report", .fileType = "pdf"}));
-    EXPECT_NE(plan, ActionPlan(FinderQuery{.keyword = "report"}));
-    EXPECT_NE(ActionPlan(WebQuery{"x", true}), ActionPlan(WebQuery{"x", false}));
 }
 
-TEST(ValidationOutcome, CasesAndPayloadsTakePartInEquality) {
+TEST(ValidationOutcome, EachCaseCarriesItsOwnPayload) {
     auto missing = ValidationOutcome::missingSlot(IntentID::messageSend, "recipient");
     EXPECT_EQ(missing.kind(), ValidationOutcome::Kind::missingSlot);
     ASSERT_TRUE(missing.asMissingSlot());
     EXPECT_EQ(missing.asMissingSlot()->name, "recipient");
     EXPECT_EQ(missing.asPlan(), nullptr);
-    EXPECT_EQ(missing, ValidationOutcome::missingSlot(IntentID::messageSend, "recipient"));
-    EXPECT_NE(missing, ValidationOutcome::missingSlot(IntentID::messageSend, "body"));
-    EXPECT_NE(missing, ValidationOutcome::missingSlot(IntentID::calendarAdd, "recipient"));
 
     auto web = ValidationOutcome::fallbackWeb("weather tomorrow");
     EXPECT_EQ(web.asFallbackWeb()->query, "weather tomorrow");
-    EXPECT_NE(web, ValidationOutcome::plan(WebQuery{"weather tomorrow", false}));
     EXPECT_EQ(ValidationOutcome::plan(WebQuery{"q", true}).asPlan()->intentID(),
               IntentID::webSearch);
 }

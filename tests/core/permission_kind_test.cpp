@@ -2,29 +2,26 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
+
 namespace nuvrel::core {
 namespace {
 
-TEST(PermissionKind, DeepLinksAddressTheSecurityPaneExceptNotifications) {
-    EXPECT_EQ(settingsDeepLink(PermissionKind::calendar),
-              "x-apple.systempreferences:com.apple.preference.security?Privacy_Calendars");
-    EXPECT_EQ(settingsDeepLink(PermissionKind::fullDiskAccess),
-              "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles");
-    EXPECT_EQ(settingsDeepLink(PermissionKind::appleMusic),
-              "x-apple.systempreferences:com.apple.preference.security?Privacy_Media");
-    EXPECT_EQ(settingsDeepLink(PermissionKind::location),
-              "x-apple.systempreferences:com.apple.preference.security?Privacy_LocationServices");
-    EXPECT_EQ(settingsDeepLink(PermissionKind::notifications),
-              "x-apple.systempreferences:com.apple.preference.notifications");
+TEST(PermissionKind, EveryKindButNotificationsLinksToItsOwnPrivacyAnchor) {
+    std::set<std::string> links;
     for (PermissionKind kind : allPermissionKinds) {
-        auto link = settingsDeepLink(kind);
+        const auto link = settingsDeepLink(kind);
         ASSERT_TRUE(link) << rawValue(kind);
-        if (kind != PermissionKind::notifications) {
-            // Every other kind ends in a non-empty privacy anchor.
-            EXPECT_NE(link->find("security?Privacy_"), std::string::npos) << *link;
-            EXPECT_NE(link->back(), '_') << *link;
-        }
+        EXPECT_TRUE(link->starts_with("x-apple.systempreferences:com.apple.preference.")) << *link;
+        // Notifications have a pane of their own; every other kind a privacy anchor.
+        const bool privacy = kind != PermissionKind::notifications;
+        EXPECT_EQ(link->find("security?Privacy_") != std::string::npos, privacy) << *link;
+        EXPECT_EQ(link->find("security") != std::string::npos, privacy) << *link;
+        EXPECT_NE(link->back(), '_') << *link;
+        links.insert(*link);
     }
+    EXPECT_EQ(links.size(), allPermissionKinds.size());
 }
 
 }  // namespace

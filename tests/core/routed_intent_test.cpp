@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "core/decoding_error.h"
@@ -93,18 +92,6 @@ TEST(RoutedIntentCoding, EncodeThenDecodeGivesAnEqualValue) {
     EXPECT_TRUE(json.at("slots").at("body").is_null());
     EXPECT_TRUE(json.at("slots").at("urgent").is_boolean());
     EXPECT_EQ(RoutedIntent::decode(json.dump()), routed);
-}
-
-TEST(RoutedIntentEquality, ComparesEveryField) {
-    RoutedIntent base{IntentID::webSearch, {{"query", "x"}}, 0.9};
-    EXPECT_EQ(base, (RoutedIntent{IntentID::webSearch, {{"query", "x"}}, 0.9}));
-    EXPECT_NE(base, (RoutedIntent{IntentID::unknown, {{"query", "x"}}, 0.9}));
-    EXPECT_NE(base, (RoutedIntent{IntentID::webSearch, {{"query", "y"}}, 0.9}));
-    EXPECT_NE(base, (RoutedIntent{IntentID::webSearch, {{"query", "x"}}, 0.8}));
-    // A NaN confidence is representable; like any NaN it equals nothing.
-    RoutedIntent nan{IntentID::webSearch, {}, std::nan("")};
-    EXPECT_TRUE(std::isnan(nan.confidence));
-    EXPECT_NE(nan, nan);
 }
 
 }  // namespace

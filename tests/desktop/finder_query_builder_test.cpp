@@ -12,13 +12,11 @@ namespace {
 
 using namespace FinderQueryBuilder;
 
-TEST(FinderQueryBuilderCategories, EightFileTypeCategoriesOfPlainDistinctExtensions) {
+TEST(FinderQueryBuilderCategories, CategoriesAreFileTypesOfPlainDistinctExtensions) {
     const auto& rows = categoryExtensions();
-    std::vector<std::string_view> names;
     std::set<std::string_view> allExtensions;
     std::size_t total = 0;
     for (const CategoryExtensions& row : rows) {
-        names.push_back(row.category);
         // Every category is itself a file type the router may send.
         EXPECT_TRUE(core::SlotEnums::finderFileType().contains(row.category)) << row.category;
         for (const std::string_view extension : row.extensions) {
@@ -31,10 +29,6 @@ TEST(FinderQueryBuilderCategories, EightFileTypeCategoriesOfPlainDistinctExtensi
             }
         }
     }
-    EXPECT_EQ(names,
-              (std::vector<std::string_view>{"image", "video", "audio", "document", "presentation",
-                                             "spreadsheet", "archive", "code"}));
-    EXPECT_EQ(total, 54u);
     EXPECT_EQ(allExtensions.size(), total);  // no extension belongs to two categories
 }
 

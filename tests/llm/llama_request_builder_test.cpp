@@ -39,6 +39,21 @@ TEST(LlamaRequestBuilder, WritesTheFieldsInTheirFixedOrderWithoutWhiteSpace) {
               R"({"role":"assistant","content":"{\"intent\":\""}]})");
 }
 
+TEST(LlamaRequestBuilder, TextsOfEveryKindReadBackAsTheyWereGiven) {
+    const std::string odd =
+        "He said \"stop\" \\ here.\nLine two\r\n\ttab \x01\x1f\x7f end "
+        "한국어 日本語 😀 \xE2\x80\xA8 </script> {\"not\":\"json\"";
+    const auto messages =
+        nlohmann::json::parse(body(odd, odd + " user", schema, "m", 0.0, 8, "N", odd + " pre"))
+            .at("messages");
+    EXPECT_EQ(messages, (nlohmann::json{{{"role", "system"}, {"content", odd}},
+                                        {{"role", "user"}, {"content", odd + " user"}},
+                                        {{"role", "assistant"}, {"content", odd + " pre"}}}));
+    // An empty prefix is still a prefix.
+    EXPECT_EQ(nlohmann::json::parse(body("s", "u", schema, "m", 0.0, 8, "N", "")).at("messages")[2],
+              (nlohmann::json{{"role", "assistant"}, {"content", ""}}));
+}
+
 TEST(LlamaRequestBuilder, TemperatureIsTheShortestRoundTripDecimalAndAlwaysFloating) {
     const struct {
         double value;

@@ -11,6 +11,7 @@
 #include "base/cancellation.h"
 #include "base/task.h"
 #include "llm/error_capture.h"
+#include "llm/llama_request_builder.h"
 #include "llm/llm_error.h"
 #include "llm/scripted_llama_server.h"
 
@@ -48,12 +49,6 @@ LlamaServerBackend backendFor(const ScriptedLlamaServer& server, int retries, ba
             std::move(sleep)};
 }
 
-std::vector<std::string> keysOf(const nlohmann::ordered_json& object) {
-    std::vector<std::string> keys;
-    for (const auto& item : object.items()) keys.push_back(item.key());
-    return keys;
-}
-
 TEST(LlamaServerBackend, PostsOneChatCompletionAndReturnsTheContent) {
     ScriptedLlamaServer server(
         {{200, test::chatReply(R"({"intent":"web.search","confidence":0.9})")}});
@@ -69,67 +64,28 @@ TEST(LlamaServerBackend, PostsOneChatCompletionAndReturnsTheContent) {
     EXPECT_EQ(requests[0].path, "/v1/chat/completions");
     EXPECT_EQ(requests[0].contentType, "application/json");
 
-    const auto body = nlohmann::ordered_json::parse(requests[0].body);
-    EXPECT_EQ(keysOf(body), (std::vector<std::string>{"model", "temperature", "max_tokens",
-                                                      "response_format", "messages"}));
-    EXPECT_EQ(body["model"], "qwen2.5-1.5b-instruct");
-    EXPECT_TRUE(body["temperature"].is_number_float());
-    EXPECT_EQ(body["temperature"].get<double>(), 0.0);
-    EXPECT_EQ(body["max_tokens"], 256);
-    const auto& format = body["response_format"];
-    EXPECT_EQ(keysOf(format), (std::vector<std::string>{"type", "json_schema"}));
-    EXPECT_EQ(format["type"], "json_schema");
-    EXPECT_EQ(keysOf(format["json_schema"]), (std::vector<std::string>{"name", "schema"}));
-    EXPECT_EQ(format["json_schema"]["name"], "NuvrelResponse");
-    EXPECT_EQ(format["json_schema"]["schema"], nlohmann::ordered_json::parse(routerSchema));
-    const auto& messages = body["messages"];
-    ASSERT_EQ(messages.size(), 2u);
-    EXPECT_EQ(keysOf(messages[0]), (std::vector<std::string>{"role", "content"}));
-    EXPECT_EQ(messages[0]["role"], "system");
-    EXPECT_EQ(messages[0]["content"], "You route queries.");
-    EXPECT_EQ(messages[1]["role"], "user");
-    EXPECT_EQ(messages[1]["content"], "weather in Seoul");
-    // Written back compactly in the same order, it is the same text: no white space was
-    // added and no other field travelled.
-    EXPECT_EQ(body.dump(), requests[0].body);
+    // The builder's own tests pin the text; here the backend must hand it its settings.
+    EXPECT_EQ(requests[0].body,
+              LlamaRequestBuilder::body("You route queries.", "weather in Seoul", routerSchema,
+                                        "qwen2.5-1.5b-instruct", 0.0, 256, "NuvrelResponse",
+                                        std::nullopt));
     EXPECT_TRUE(sleep.pauses->empty());
 }
 
-TEST(LlamaServerBackend, TextsOfEveryKindArriveAsTheyWereGiven) {
-    const std::string odd =
-        "He said \"stop\" \\ here.\nLine two\r\n\ttab \x01\x1f\x7f end "
-        "한국어 日本語 中文 😀 \xE2\x80\xA8 </script> {\"not\":\"json\"";
-    const std::string oddSchema =
-        "{ \"type\" :\t\"object\" ,\n  \"description\": \"caf\\u00e9\","
-        "\r\n  \"properties\" : { } }";
+TEST(LlamaServerBackend, TheAssistantPrefixTravelsAndTheReplyIsNotJoinedToIt) {
     ScriptedLlamaServer server({{200, test::chatReply("\"}")}});
     auto backend = backendFor(server, 2, RecordingSleep{}.fn());
 
-    // The reply continues behind the prefix; the backend does not join the two.
-    EXPECT_EQ(backend.complete(odd, odd + " user", oddSchema,
-                               std::optional<std::string_view>(odd + " prefix")),
+    EXPECT_EQ(backend.complete("s", "u", routerSchema, std::optional<std::string_view>("{\"a\":")),
               "\"}");
-    EXPECT_EQ(backend.complete("s", "u", oddSchema, std::optional<std::string_view>("")), "\"}");
-    EXPECT_EQ(backend.complete("s", "u", oddSchema), "\"}");
-
+    EXPECT_EQ(backend.complete("s", "u", routerSchema), "\"}");
     const auto requests = server.requests();
-    ASSERT_EQ(requests.size(), 3u);
-    for (const auto& request : requests) {
-        EXPECT_NE(request.body.find(",\"schema\":" + oddSchema + "}},"), std::string::npos)
-            << request.body;
-    }
-    const auto first = nlohmann::json::parse(requests[0].body)["messages"];
-    ASSERT_EQ(first.size(), 3u);
-    EXPECT_EQ(first[0]["content"], odd);
-    EXPECT_EQ(first[1]["content"], odd + " user");
-    EXPECT_EQ(first[2]["role"], "assistant");
-    EXPECT_EQ(first[2]["content"], odd + " prefix");
-
-    // An empty prefix is still a prefix; no prefix is no third message.
-    const auto second = nlohmann::json::parse(requests[1].body)["messages"];
-    ASSERT_EQ(second.size(), 3u);
-    EXPECT_EQ(second[2], (nlohmann::json{{"role", "assistant"}, {"content", ""}}));
-    EXPECT_EQ(nlohmann::json::parse(requests[2].body)["messages"].size(), 2u);
+    ASSERT_EQ(requests.size(), 2u);
+    const std::string model(LlamaServerBackend::modelName);
+    EXPECT_EQ(requests[0].body, LlamaRequestBuilder::body("s", "u", routerSchema, model, 0.0, 256,
+                                                          "NuvrelResponse", "{\"a\":"));
+    EXPECT_EQ(requests[1].body, LlamaRequestBuilder::body("s", "u", routerSchema, model, 0.0, 256,
+                                                          "NuvrelResponse", std::nullopt));
 }
 
 TEST(LlamaServerBackend, ARequestThatCannotBeBuiltNeverReachesTheServer) {
@@ -294,38 +250,6 @@ TEST(LlamaServerBackend, CancellingTheTaskEndsTheCallWithCancelled) {
         auto backend = backendFor(server, 2, [&](std::chrono::nanoseconds) { state->cancel(); });
         EXPECT_THROW(backend.complete("s", "u", routerSchema), base::Cancelled);
         EXPECT_EQ(server.requestCount(), 1u);
-    }
-}
-
-TEST(LlamaServerBackend, TheThreeConfigurationsInUse) {
-    auto session = std::make_shared<base::HttpSession>();
-    const struct {
-        LlamaServerBackend backend;
-        const char* url;
-        double temperature;
-        int maxTokens;
-        double timeout;
-        int retries;
-        std::uint64_t backoff;
-    } cases[] = {
-        {LlamaServerBackend::routing(session), "http://127.0.0.1:8765/", 0.0, 256, 30, 2,
-         300'000'000},
-        {LlamaServerBackend::summarySharingRouter(session), "http://127.0.0.1:8765/", 0.1, 768, 30,
-         2, 300'000'000},
-        {LlamaServerBackend::summaryDedicated(session), "http://127.0.0.1:8766/", 0.1, 768, 60, 5,
-         500'000'000},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.url);
-        EXPECT_EQ(c.backend.baseURL.text(), c.url);
-        EXPECT_EQ(c.backend.session, session);
-        EXPECT_EQ(c.backend.model, "qwen2.5-1.5b-instruct");
-        EXPECT_EQ(c.backend.temperature, c.temperature);
-        EXPECT_EQ(c.backend.maxTokens, c.maxTokens);
-        EXPECT_EQ(c.backend.requestTimeoutInterval, c.timeout);
-        EXPECT_EQ(c.backend.maxColdStart503Retries, c.retries);
-        EXPECT_EQ(c.backend.coldStart503BackoffNanoseconds, c.backoff);
-        EXPECT_EQ(c.backend.modelFileName(), std::nullopt);
     }
 }
 

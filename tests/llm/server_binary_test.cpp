@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/environment_override.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::llm {
@@ -32,28 +33,6 @@ void makeExecutable(const fs::path& path) {
     writeFile(path, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
                         fs::perms::others_read | fs::perms::others_exec);
 }
-
-// Sets an environment variable for one scope, or unsets it, and puts the old value back.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) old_ = old;
-        if (value)
-            ::setenv(name, value, 1);
-        else
-            ::unsetenv(name);
-    }
-    ~ScopedEnvironment() {
-        if (old_)
-            ::setenv(name_, old_->c_str(), 1);
-        else
-            ::unsetenv(name_);
-    }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
 
 class CurrentDirectory {
 public:
@@ -171,7 +150,7 @@ TEST_F(ServerBinaryTest, PATHSkipsEmptyEntriesAndAnchorsRelativeOnesToTheCurrent
 
 TEST_F(ServerBinaryTest, LiveSearchFindsTheScriptInstallInTheUsersCache) {
     EXPECT_EQ(cacheInstall, home.path() / ".cache/nuvrel/llama-server/3.22.1/bin/llama-server");
-    ScopedEnvironment emptyPath("PATH", "");
+    test::EnvironmentOverride emptyPath("PATH", "");
     makeExecutable(cacheInstall);
     EXPECT_EQ(findServerBinary(), (ServerBinary{cacheInstall, Kind::bundled}));
     EXPECT_EQ(findServerBinaryPath(), cacheInstall);

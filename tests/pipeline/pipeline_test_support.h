@@ -15,7 +15,7 @@
 #include "core/capability_registry.h"
 #include "core/user_facing_error.h"
 #include "pipeline/pipeline.h"
-#include "pipeline/scripted_backend.h"
+#include "support/scripted_backend.h"
 
 namespace nuvrel::core {
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 #include <string>
 
 #include "base/text.h"
@@ -31,27 +30,6 @@ std::string plan(core::ActionPlan plan) {
 }
 
 // --- Tables ---
-
-template <class Table>
-std::size_t distinctCount(const Table& table) {
-    return std::set<std::string_view>(table.begin(), table.end()).size();
-}
-
-TEST(ValidatorTables, HaveTheirFullSizeAndSetsHoldNoDuplicates) {
-    EXPECT_EQ(finderFileTypeCues.size(), 60u);
-    EXPECT_EQ(safeFileTypeOverrideCues.size(), 11u);
-    EXPECT_EQ(installerCueWords.size(), 10u);
-    EXPECT_EQ(distinctCount(installerSensitiveAppNameCues), 10u);
-    EXPECT_EQ(distinctCount(finderKeywordRequestStoplist), 19u);
-    EXPECT_EQ(distinctCount(finderKeywordMeaninglessNounDropSet), 5u);
-    EXPECT_EQ(finderKeywordTrailingFillers.size(), 13u);
-    EXPECT_EQ(distinctCount(musicQueryTrailingRequestVerbs), 9u);
-    EXPECT_EQ(distinctCount(musicQueryTrailingGenericNouns), 16u);
-    EXPECT_EQ(dativeParticles.size(), 6u);
-    // 106 entries, of which "今年", "去年" and "最近" stand twice.
-    EXPECT_EQ(finderDateCueWords.size(), 106u);
-    EXPECT_EQ(distinctCount(finderDateCueWords), 103u);
-}
 
 TEST(ValidatorTables, CuesAreNormalisedWholeWordExactlyWhenLatinAndGroupedByType) {
     std::vector<std::string_view> groupOrder;

@@ -25,14 +25,7 @@ using test::RequestLog;
 
 std::unique_ptr<LoopbackServer> serverAnswering(int status, std::string body,
                                                 RequestLog* log = nullptr) {
-    return std::make_unique<LoopbackServer>([=](httplib::Server& routes) {
-        routes.Post("/v2/search",
-                    [=](const httplib::Request& request, httplib::Response& response) {
-                        if (log != nullptr) log->add(request);
-                        response.status = status;
-                        response.set_content(body, "application/json");
-                    });
-    });
+    return test::postAnswering("/v2/search", status, std::move(body), log);
 }
 
 FirecrawlTransport transportFor(const LoopbackServer& server,
@@ -160,14 +153,7 @@ TEST(FirecrawlTransport, TheExcerptKeepsOnlyTheWordsOfTheMarkdown) {
 
 TEST(FirecrawlTransport, CancellingDuringTheRequestEndsInCancelledAtOnce) {
     auto reached = std::make_shared<test::Signal>();
-    std::unique_ptr<LoopbackServer> server;
-    server = std::make_unique<LoopbackServer>([&](httplib::Server& routes) {
-        routes.Post("/v2/search", [&](const httplib::Request&, httplib::Response& response) {
-            reached->fire();
-            server->pause(20s);
-            response.set_content("{}", "application/json");
-        });
-    });
+    const auto server = test::postStalling("/v2/search", reached);
     const auto transport = transportFor(*server);
     test::expectPromptCancellation([&] { transport.fetchResultsHTML("slow"); }, reached->future());
 }

@@ -19,6 +19,7 @@
 #include "base/http.h"
 #include "base/task.h"
 #include "support/error_of.h"
+#include "support/loopback_server.h"
 #include "support/tls_loopback_server.h"
 #include "wayfen/duckduckgo_request_pacer.h"
 
@@ -106,6 +107,35 @@ private:
 };
 
 using nuvrel::test::errorOf;
+
+// A loopback server whose POST `path` answers every request with `status` and a JSON `body`.
+inline std::unique_ptr<nuvrel::test::LoopbackServer> postAnswering(const std::string& path,
+                                                                   int status, std::string body,
+                                                                   RequestLog* log = nullptr) {
+    return std::make_unique<nuvrel::test::LoopbackServer>([=](httplib::Server& routes) {
+        routes.Post(path, [=](const httplib::Request& request, httplib::Response& response) {
+            if (log != nullptr) log->add(request);
+            response.status = status;
+            response.set_content(body, "application/json");
+        });
+    });
+}
+
+// A loopback server whose POST `path` fires `reached` and holds the request until it stops.
+inline std::unique_ptr<nuvrel::test::LoopbackServer> postStalling(const std::string& path,
+                                                                  std::shared_ptr<Signal> reached) {
+    // Set before any request can arrive: the test sends only once it has the server.
+    auto self = std::make_shared<nuvrel::test::LoopbackServer*>(nullptr);
+    auto server = std::make_unique<nuvrel::test::LoopbackServer>([=](httplib::Server& routes) {
+        routes.Post(path, [=](const httplib::Request&, httplib::Response& response) {
+            reached->fire();
+            (*self)->pause(std::chrono::seconds(20));
+            response.set_content("{}", "application/json");
+        });
+    });
+    *self = server.get();
+    return server;
+}
 
 // Runs `call` on a task, cancels that task once `reached` is ready, and expects it to end in
 // base::Cancelled well before any time-out of the call could have ended it.

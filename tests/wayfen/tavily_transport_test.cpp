@@ -26,13 +26,7 @@ using test::RequestLog;
 // A server whose /search answers every request with `status` and `body`.
 std::unique_ptr<LoopbackServer> serverAnswering(int status, std::string body,
                                                 RequestLog* log = nullptr) {
-    return std::make_unique<LoopbackServer>([=](httplib::Server& routes) {
-        routes.Post("/search", [=](const httplib::Request& request, httplib::Response& response) {
-            if (log != nullptr) log->add(request);
-            response.status = status;
-            response.set_content(body, "application/json");
-        });
-    });
+    return test::postAnswering("/search", status, std::move(body), log);
 }
 
 TavilyTransport transportFor(
@@ -168,14 +162,7 @@ TEST(TavilyTransport, EverySearchTakesAPacerTurnFirst) {
 
 TEST(TavilyTransport, CancellingDuringTheRequestEndsInCancelledAtOnce) {
     auto reached = std::make_shared<test::Signal>();
-    std::unique_ptr<LoopbackServer> server;
-    server = std::make_unique<LoopbackServer>([&](httplib::Server& routes) {
-        routes.Post("/search", [&](const httplib::Request&, httplib::Response& response) {
-            reached->fire();
-            server->pause(20s);
-            response.set_content("{}", "application/json");
-        });
-    });
+    const auto server = test::postStalling("/search", reached);
     const auto transport = transportFor(*server);
     test::expectPromptCancellation([&] { transport.fetchResultsHTML("slow"); }, reached->future());
 }

@@ -1,10 +1,12 @@
 #pragma once
 // An in-process model client that plays a script: each call runs the next step, which returns
-// a reply or throws. Calls are recorded; a call beyond the script fails the test.
+// a reply or throws. Calls are recorded, with the assistant prefix if one was given; a call
+// beyond the script fails the test.
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,14 +22,22 @@ public:
     using Step = std::function<std::string()>;
     struct Call {
         std::string system, user, schema;
+        std::optional<std::string> prefix;
     };
 
-    explicit ScriptedBackend(std::vector<Step> script) : script_(std::move(script)) {}
+    explicit ScriptedBackend(std::vector<Step> script,
+                             std::optional<std::string> modelFile = std::nullopt)
+        : script_(std::move(script)), modelFile_(std::move(modelFile)) {}
 
-    using LLMBackend::complete;
     std::string complete(std::string_view system, std::string_view user,
                          std::string_view jsonSchema) override {
-        calls.push_back({std::string(system), std::string(user), std::string(jsonSchema)});
+        return complete(system, user, jsonSchema, std::nullopt);
+    }
+    std::string complete(std::string_view system, std::string_view user,
+                         std::string_view jsonSchema,
+                         std::optional<std::string_view> prefix) override {
+        calls.push_back({std::string(system), std::string(user), std::string(jsonSchema),
+                         prefix ? std::optional<std::string>(*prefix) : std::nullopt});
         if (calls.size() > script_.size()) {
             ADD_FAILURE() << "unscripted model call " << calls.size();
             throw std::logic_error("unscripted call");
@@ -35,10 +45,13 @@ public:
         return script_[calls.size() - 1]();
     }
 
+    std::optional<std::string> modelFileName() const override { return modelFile_; }
+
     std::vector<Call> calls;
 
 private:
     std::vector<Step> script_;
+    std::optional<std::string> modelFile_;
 };
 
 inline ScriptedBackend::Step reply(std::string text) {
