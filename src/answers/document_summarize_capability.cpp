@@ -13,14 +13,8 @@ namespace {
 
 std::optional<std::string> decodedSummary(const std::string& reply) {
     const auto object = llm::extractJSONObject(reply);
-    if (!object || !base::text::isValidUtf8(*object)) return std::nullopt;
-    const auto json = nlohmann::json::parse(*object, nullptr, false);
-    if (!json.is_object()) return std::nullopt;
-    const auto field = json.find("summary");
-    if (field == json.end() || !field->is_string()) return std::nullopt;
-    std::string summary = base::text::trim(field->get_ref<const std::string&>());
-    if (summary.empty()) return std::nullopt;
-    return summary;
+    if (!object) return std::nullopt;
+    return llm::trimmedStringField(*object, "summary");
 }
 
 }  // namespace

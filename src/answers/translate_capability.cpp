@@ -14,14 +14,8 @@ namespace {
 
 std::optional<std::string> decodedTranslation(const std::string& reply) {
     const auto object = llm::extractJSONObject(reply);
-    if (!object || !base::text::isValidUtf8(*object)) return std::nullopt;
-    const auto json = nlohmann::json::parse(*object, nullptr, false);
-    if (!json.is_object()) return std::nullopt;
-    const auto field = json.find("translation");
-    if (field == json.end() || !field->is_string()) return std::nullopt;
-    std::string translation = base::text::trim(field->get_ref<const std::string&>());
-    if (translation.empty()) return std::nullopt;
-    return translation;
+    if (!object) return std::nullopt;
+    return llm::trimmedStringField(*object, "translation");
 }
 
 }  // namespace

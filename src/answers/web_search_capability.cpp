@@ -58,13 +58,7 @@ std::vector<core::WebSource> webSources(
 
 // The trimmed "summary" of a reply object; nothing when it is not such an object or is blank.
 std::optional<std::string> decodedSummary(const std::string& object) {
-    const auto json = nlohmann::json::parse(object, nullptr, false);
-    if (!json.is_object()) return std::nullopt;
-    const auto field = json.find("summary");
-    if (field == json.end() || !field->is_string()) return std::nullopt;
-    std::string summary = base::text::trim(field->get_ref<const std::string&>());
-    if (summary.empty()) return std::nullopt;
-    return summary;
+    return llm::trimmedStringField(object, "summary");
 }
 
 // The card then shows the no-results text.

@@ -1,5 +1,9 @@
 #include "llm/json_object_extraction.h"
 
+#include <nlohmann/json.hpp>
+
+#include "base/text.h"
+
 namespace nuvrel::llm {
 
 std::optional<std::string> extractJSONObject(std::string_view text) {
@@ -30,6 +34,16 @@ std::optional<std::string> extractJSONObject(std::string_view text) {
         }
     }
     return std::nullopt;
+}
+
+std::optional<std::string> trimmedStringField(const std::string& objectText, std::string_view key) {
+    const auto json = nlohmann::json::parse(objectText, nullptr, false);
+    if (!json.is_object()) return std::nullopt;
+    const auto field = json.find(key);
+    if (field == json.end() || !field->is_string()) return std::nullopt;
+    std::string value = base::text::trim(field->get_ref<const std::string&>());
+    if (value.empty()) return std::nullopt;
+    return value;
 }
 
 }  // namespace nuvrel::llm

@@ -13,4 +13,8 @@ namespace nuvrel::llm {
 // text gives nothing. Linear in the length of the text, whatever its content. Pure.
 std::optional<std::string> extractJSONObject(std::string_view text);
 
+// The trimmed text under `key` of the JSON object `objectText`; nothing when the text is no
+// object (invalid UTF-8 included), the value is no string, or it is blank.
+std::optional<std::string> trimmedStringField(const std::string& objectText, std::string_view key);
+
 }  // namespace nuvrel::llm
