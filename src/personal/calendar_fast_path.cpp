@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "personal/date_time_expression_parser.h"
 #include "personal/delete_request_words.h"
+#include "personal/folded_text.h"
 
 namespace nuvrel::personal {
 namespace {
@@ -45,14 +46,7 @@ std::optional<CalendarAddEventCandidate> CalendarAddEventFastPath::match(std::st
             break;
         }
     }
-    if (!body) {
-        const std::string lowered = base::text::lower(text);
-        for (std::string_view prefix : englishPrefixes) {
-            if (!lowered.starts_with(prefix)) continue;
-            body = base::text::suffix(text, base::text::count(text) - base::text::count(prefix));
-            break;
-        }
-    }
+    if (!body) body = textAfterPrefix(text, englishPrefixes);
     if (!body) return std::nullopt;
     const auto parsed = DateTimeExpressionParser::parse(*body);
     if (!parsed) return std::nullopt;

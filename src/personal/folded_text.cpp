@@ -3,6 +3,8 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include "base/text.h"
+
 namespace nuvrel::personal {
 
 FoldedText::FoldedText(std::string_view text) : originalSize_(text.size()) {
@@ -45,6 +47,16 @@ std::optional<std::pair<std::string, std::size_t>> removeFirstCaseInsensitive(
     std::string rest(text.substr(0, range->first));
     rest.append(text.substr(range->second));
     return std::pair{std::move(rest), range->first};
+}
+
+std::optional<std::string> textAfterPrefix(std::string_view text,
+                                           std::span<const std::string_view> lowerPrefixes) {
+    const std::string lowered = base::text::lower(text);
+    for (std::string_view prefix : lowerPrefixes) {
+        if (lowered.starts_with(prefix))
+            return base::text::suffix(text, base::text::count(text) - base::text::count(prefix));
+    }
+    return std::nullopt;
 }
 
 }  // namespace nuvrel::personal

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,5 +31,11 @@ private:
 // cut was; nothing when it does not occur.
 std::optional<std::pair<std::string, std::size_t>> removeFirstCaseInsensitive(
     std::string_view text, std::string_view lowerNeedle);
+
+// The text behind the first of `lowerPrefixes` (lower-case) that it begins with, ignoring
+// case, as typed; nothing when none begins it. Counted in characters, since lower-casing may
+// change byte lengths.
+std::optional<std::string> textAfterPrefix(std::string_view text,
+                                           std::span<const std::string_view> lowerPrefixes);
 
 }  // namespace nuvrel::personal

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "personal/date_time_expression_parser.h"
 #include "personal/delete_request_words.h"
+#include "personal/folded_text.h"
 #include "pipeline/korean_particle.h"
 
 namespace nuvrel::personal {
@@ -74,15 +75,7 @@ std::optional<ReminderCandidate> ReminderFastPath::match(std::string_view query)
                            suffix) == ambiguousKoreanSuffixes.end();
         break;
     }
-    if (!body) {
-        const std::string lowered = base::text::lower(text);
-        for (std::string_view prefix : englishPrefixes) {
-            if (!lowered.starts_with(prefix)) continue;
-            // Counted in characters: lower-casing may change byte lengths.
-            body = base::text::suffix(text, base::text::count(text) - base::text::count(prefix));
-            break;
-        }
-    }
+    if (!body) body = textAfterPrefix(text, englishPrefixes);
     if (!body) return std::nullopt;
 
     const auto parsed = DateTimeExpressionParser::parse(*body);
