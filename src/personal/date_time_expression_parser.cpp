@@ -8,6 +8,7 @@
 #include "base/regex.h"
 #include "base/text.h"
 #include "personal/folded_text.h"
+#include "personal/weekday_names.h"
 #include "pipeline/korean_particle.h"
 
 namespace nuvrel::personal::DateTimeExpressionParser {
@@ -197,28 +198,9 @@ std::string collapsedWhitespace(std::string_view text) {
 
 Pairs buildDateTokens() {
     Pairs pairs;
-    const std::array<std::pair<std::string, std::string>, 7> koreanEnglish = {{
-        {"월요일", "monday"},
-        {"화요일", "tuesday"},
-        {"수요일", "wednesday"},
-        {"목요일", "thursday"},
-        {"금요일", "friday"},
-        {"토요일", "saturday"},
-        {"일요일", "sunday"},
-    }};
-    struct Triple {
-        std::string japanese, chinese, english;
-    };
-    const std::array<Triple, 7> japaneseChinese = {{
-        {"月曜日", "星期一", "monday"},
-        {"火曜日", "星期二", "tuesday"},
-        {"水曜日", "星期三", "wednesday"},
-        {"木曜日", "星期四", "thursday"},
-        {"金曜日", "星期五", "friday"},
-        {"土曜日", "星期六", "saturday"},
-        {"日曜日", "星期日", "sunday"},
-    }};
-    for (const auto& [korean, english] : koreanEnglish) {
+    // All Korean and English weekday phrases stand before the Japanese and Chinese ones.
+    for (const WeekdayName& day : weekdayNames) {
+        const std::string korean(day.korean), english(day.english);
         for (const char* next : {"다음 주 ", "다음주 ", "담주 "})
             pairs.emplace_back(next + korean, "next_" + english);
         pairs.emplace_back("next " + english, "next_" + english);
@@ -226,13 +208,14 @@ Pairs buildDateTokens() {
             pairs.emplace_back(thisWeek + korean, "this_" + english);
         pairs.emplace_back("this " + english, "this_" + english);
     }
-    for (const auto& day : japaneseChinese) {
-        const std::string shortChinese = base::text::replaceAll(day.chinese, "星期", "");
-        pairs.emplace_back("来週" + day.japanese, "next_" + day.english);
-        pairs.emplace_back("下" + day.chinese, "next_" + day.english);
-        pairs.emplace_back("下周" + shortChinese, "next_" + day.english);
-        pairs.emplace_back("今週" + day.japanese, "this_" + day.english);
-        pairs.emplace_back("这" + day.chinese, "this_" + day.english);
+    for (const WeekdayName& day : weekdayNames) {
+        const std::string japanese(day.japanese), chinese(day.chinese), english(day.english);
+        const std::string shortChinese = base::text::replaceAll(chinese, "星期", "");
+        pairs.emplace_back("来週" + japanese, "next_" + english);
+        pairs.emplace_back("下" + chinese, "next_" + english);
+        pairs.emplace_back("下周" + shortChinese, "next_" + english);
+        pairs.emplace_back("今週" + japanese, "this_" + english);
+        pairs.emplace_back("这" + chinese, "this_" + english);
     }
     const Pairs ranges = {
         {"day after tomorrow", "day_after_tomorrow"},
@@ -279,13 +262,15 @@ Pairs buildDateTokens() {
         {"下个星期", "next_week"},
     };
     pairs.insert(pairs.end(), ranges.begin(), ranges.end());
-    for (const auto& [korean, english] : koreanEnglish) {
-        pairs.emplace_back(korean, "this_" + english);
-        pairs.emplace_back(english, "this_" + english);
+    for (const WeekdayName& day : weekdayNames) {
+        const std::string thisOne = "this_" + std::string(day.english);
+        pairs.emplace_back(day.korean, thisOne);
+        pairs.emplace_back(day.english, thisOne);
     }
-    for (const auto& day : japaneseChinese) {
-        pairs.emplace_back(day.japanese, "this_" + day.english);
-        pairs.emplace_back(day.chinese, "this_" + day.english);
+    for (const WeekdayName& day : weekdayNames) {
+        const std::string thisOne = "this_" + std::string(day.english);
+        pairs.emplace_back(day.japanese, thisOne);
+        pairs.emplace_back(day.chinese, thisOne);
     }
     const Pairs days = {
         {"tomorrow", "tomorrow"}, {"내일", "tomorrow"}, {"yesterday", "yesterday"},

@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "core/slot_enums.h"
+#include "personal/weekday_names.h"
 #include "pipeline/korean_particle.h"
 #include "pipeline/validator_detail.h"
 
@@ -81,7 +82,7 @@ std::optional<std::string> stringSlot(const core::Slots& slots, std::string_view
 std::optional<std::string> calendarDateRangeToken(std::string_view fromNaturalLanguage) {
     const std::string phrase = text::lower(text::trimView(fromNaturalLanguage));
     if (phrase.empty()) return std::nullopt;
-    for (const CalendarWeekday& day : calendarWeekdays) {
+    for (const personal::WeekdayName& day : personal::weekdayNames) {
         if (!text::contains(phrase, day.korean) && !text::contains(phrase, day.english)) continue;
         const bool next =
             std::any_of(calendarNextMarkers.begin(), calendarNextMarkers.end(),

@@ -171,21 +171,6 @@ inline constexpr std::array<std::string_view, 16> musicQueryTrailingGenericNouns
 inline constexpr std::array<std::string_view, 6> dativeParticles{"한테로", "에게로", "한테",
                                                                  "에게",   "께서",   "께"};
 
-// Weekdays for calendar ranges, in table order: Korean word, English word.
-struct CalendarWeekday {
-    std::string_view korean;
-    std::string_view english;
-};
-inline constexpr std::array<CalendarWeekday, 7> calendarWeekdays{{
-    {"월요일", "monday"},
-    {"화요일", "tuesday"},
-    {"수요일", "wednesday"},
-    {"목요일", "thursday"},
-    {"금요일", "friday"},
-    {"토요일", "saturday"},
-    {"일요일", "sunday"},
-}};
-
 // A weekday is "next_" when the text also holds one of these.
 inline constexpr std::array<std::string_view, 3> calendarNextMarkers{"다음", "담", "next"};
 

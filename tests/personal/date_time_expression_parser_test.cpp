@@ -29,6 +29,8 @@ TEST(DateTimeExpressionParser, ReadsTitleDateAndTimeInFourLanguages) {
         {"中午12点 吃饭", {"吃饭", "today", 12, 0, false}},
         {"明天下午3点半 开会", {"开会", "tomorrow", 15, 30, true}},
         {"下周一 开会", {"开会", "next_monday", std::nullopt, 0, true}},
+        {"下星期五 开会", {"开会", "next_friday", std::nullopt, 0, true}},
+        {"水曜日 会議", {"会議", "this_wednesday", std::nullopt, 0, true}},
         {"来週金曜日 午後3時 会議", {"会議", "next_friday", 15, 0, true}},
         {"call mom at 12am", {"call mom", "today", 0, 0, false}},
         {"call mom at 12pm", {"call mom", "today", 12, 0, false}},
