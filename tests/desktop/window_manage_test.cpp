@@ -41,7 +41,8 @@ TEST(WindowGeometry, EachLayoutWithinTheVisibleFrame) {
 std::vector<Screen> threeScreens() {
     std::vector<Screen> screens;
     for (double x : {0.0, -1000.0, 1600.0})
-        screens.push_back({{x, 0, x == 0 ? 1600 : 1000, 900}, {x, 0, x == 0 ? 1600 : 1000, 870}});
+        screens.push_back(
+            {{x, 0, x == 0 ? 1600.0 : 1000.0, 900}, {x, 0, x == 0 ? 1600.0 : 1000.0, 870}});
     return screens;
 }
 

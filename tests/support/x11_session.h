@@ -15,15 +15,18 @@ namespace nuvrel::test {
 
 class X11Session {
 public:
+    // The programs are found on PATH.
     explicit X11Session(const std::string& size = "1280x800") {
-        server_ = std::make_unique<HelperProcess>(std::vector<std::string>{
-            "Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp"});
+        server_ = std::make_unique<HelperProcess>(
+            std::vector<std::string>{"/usr/bin/env", "Xvfb", "-displayfd", "1", "-screen", "0",
+                                     size + "x24", "-nolisten", "tcp"});
         const auto number = server_->readLine(std::chrono::seconds(10));
         if (!number) return;
         display_ = ":" + *number;
         environment_.set("DISPLAY", display_.c_str());
         environment_.set("XDG_SESSION_TYPE", "x11");
-        windowManager_ = std::make_unique<HelperProcess>(std::vector<std::string>{"openbox"});
+        windowManager_ =
+            std::make_unique<HelperProcess>(std::vector<std::string>{"/usr/bin/env", "openbox"});
         // openbox is ready once it names itself on the root window.
         for (int i = 0; i < 100 && std::system("xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null"
                                                " | grep -q 'window id'") != 0;
