@@ -7,6 +7,7 @@
 #include "core/user_facing_error.h"
 #include "desktop/window_manage_capability.h"
 #include "desktop/window_manage_fast_path.h"
+#include "support/error_of.h"
 #include "support/fake_window_system.h"
 #include "support/result_case.h"
 
@@ -36,18 +37,14 @@ TEST(WindowGeometry, EachLayoutWithinTheVisibleFrame) {
             << core::rawValue(action);
 }
 
-// Three displays side by side: one to the left of the primary (negative x), the primary, one
-// to its right. Each visible frame loses 30 points at the top.
-std::vector<Screen> threeScreens() {
-    std::vector<Screen> screens;
-    for (double x : {0.0, -1000.0, 1600.0})
-        screens.push_back(
-            {{x, 0, x == 0 ? 1600.0 : 1000.0, 900}, {x, 0, x == 0 ? 1600.0 : 1000.0, 870}});
-    return screens;
-}
+// The primary, one display left of it (negative x), one right of it; 30 points of each are
+// taken at the top.
+const std::vector<Screen> threeScreens = {{{0, 0, 1600, 900}, {0, 0, 1600, 870}},
+                                          {{-1000, 0, 1000, 900}, {-1000, 0, 1000, 870}},
+                                          {{1600, 0, 1000, 900}, {1600, 0, 1000, 870}}};
 
 TEST(WindowManageCapability, NextDisplayWrapsAndWithoutAPointTakesTheSecond) {
-    const auto screens = threeScreens();
+    const auto& screens = threeScreens;
     EXPECT_EQ(Capability::nextScreenVisibleFrame(Point{2000, 10}, screens),
               screens[0].visibleFrame);
     EXPECT_EQ(Capability::nextScreenVisibleFrame(Point{-5, 10}, screens), screens[2].visibleFrame);
@@ -55,41 +52,40 @@ TEST(WindowManageCapability, NextDisplayWrapsAndWithoutAPointTakesTheSecond) {
     EXPECT_EQ(Capability::nextScreenVisibleFrame(Point{0, 0}, {screens[0]}), std::nullopt);
 }
 
-std::string failure(WindowAction action, WindowSystem* windows) {
-    try {
-        Capability::execute(action, core::AppLanguage::en, windows);
-    } catch (const core::UserFacingError& error) {
-        return error.message;
-    }
-    return "no error";
+std::optional<std::string> failure(WindowAction action, WindowSystem* windows) {
+    const auto error = test::errorOf<core::UserFacingError>(
+        [&] { Capability::execute(action, core::AppLanguage::en, windows); });
+    return error ? std::optional(error->message) : std::nullopt;
 }
 
 TEST(WindowManageCapability, MovesTheFrontWindowOnItsOwnDisplay) {
-    test::FakeWindows windows(threeScreens());
+    test::FakeWindows windows(threeScreens);
     // A window whose top-left lies on the display left of the primary: maximised there, in
     // positions y-down from the primary's top.
     windows.topLeft = Point{-900, 100};
-    EXPECT_EQ(test::caseOf<Result::WindowArranged>(
-                  Capability::execute(WindowAction::maximize, core::AppLanguage::en, &windows)),
+    const auto run = [&](WindowAction action) {
+        return Capability::execute(action, core::AppLanguage::en, &windows);
+    };
+    EXPECT_EQ(test::caseOf<Result::WindowArranged>(run(WindowAction::maximize)),
               (Result::WindowArranged{WindowAction::maximize, "Editor"}));
     EXPECT_EQ(windows.askedFor, 42);
     EXPECT_EQ(windows.moved, (Point{-1000, 30}));
     EXPECT_EQ(windows.sized, (Point{1000, 870}));
     // Unreadable position: the main screen, or the second screen for nextDisplay.
     windows.topLeft.reset();
-    Capability::execute(WindowAction::leftHalf, core::AppLanguage::en, &windows);
+    run(WindowAction::leftHalf);
     EXPECT_EQ(windows.moved, (Point{0, 30}));
-    Capability::execute(WindowAction::nextDisplay, core::AppLanguage::en, &windows);
+    run(WindowAction::nextDisplay);
     EXPECT_EQ(windows.moved, (Point{-850, 160.5}));
     // A stored process that still runs wins over the one in front.
     Capability::setLastExternalFrontmostPID(77);
-    Capability::execute(WindowAction::center, core::AppLanguage::en, &windows);
+    run(WindowAction::center);
     EXPECT_EQ(windows.askedFor, 77);
     Capability::setLastExternalFrontmostPID(std::nullopt);
 }
 
 TEST(WindowManageCapability, FailuresEndInTheirOwnMessages) {
-    test::FakeWindows windows(threeScreens());
+    test::FakeWindows windows(threeScreens);
     windows.front = FrontmostApplication{1};  // this process itself
     EXPECT_EQ(failure(WindowAction::leftHalf, &windows), en.windowNoTargetMessage);
     windows.front = FrontmostApplication{};  // a window whose owner is unknown is a target

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -16,13 +15,14 @@
 #include "core/localized_strings.h"
 #include "core/user_facing_error.h"
 #include "support/environment_override.h"
+#include "support/error_of.h"
 #include "support/private_bus.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::platform {
 namespace {
 
-using core::SystemCommand;
+const core::LocalizedStrings& en = core::LocalizedStrings::en();
 
 constexpr const char* managerXml =
     "<node><interface name='org.freedesktop.login1.Manager'>"
@@ -50,27 +50,19 @@ public:
     }
     ~LogindStandIn() { g_object_unref(connection_); }
 
-    std::vector<std::string> calls() {
-        std::lock_guard lock(mutex_);
-        return calls_;
-    }
+    // Filled on the thread that runs the default main context.
+    std::vector<std::string> calls;
 
 private:
     static void call(GDBusConnection*, const char*, const char*, const char*, const char* method,
                      GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self) {
         gchar* arguments = g_variant_print(parameters, false);
-        auto* standIn = static_cast<LogindStandIn*>(self);
-        {
-            std::lock_guard lock(standIn->mutex_);
-            standIn->calls_.push_back(std::string(method) + arguments);
-        }
+        static_cast<LogindStandIn*>(self)->calls.push_back(std::string(method) + arguments);
         g_free(arguments);
         g_dbus_method_invocation_return_value(invocation, nullptr);
     }
 
     GDBusConnection* connection_;
-    std::mutex mutex_;
-    std::vector<std::string> calls_;
 };
 
 TEST(LiveSystemCommands, LockAndSleepGoToLogindAndAnAbsentLogindIsNamed) {
@@ -80,12 +72,8 @@ TEST(LiveSystemCommands, LockAndSleepGoToLogindAndAnAbsentLogindIsNamed) {
     LiveSystemCommandSettings settings;
     settings.logindBusAddress = bus.address;
     const auto operations = liveSystemCommandOperations(settings);
-    try {
-        operations.lockScreen();
-        FAIL() << "no logind, no error";
-    } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error.message, core::LocalizedStrings::en().systemToolMissingMessage("logind"));
-    }
+    EXPECT_EQ(test::errorOf<core::UserFacingError>(operations.lockScreen),
+              core::UserFacingError(en.systemToolMissingMessage("logind")));
     LogindStandIn logind(bus.address);
     // The stand-in's connection dispatches in the default main context.
     std::atomic<bool> done = false;
@@ -97,7 +85,7 @@ TEST(LiveSystemCommands, LockAndSleepGoToLogindAndAnAbsentLogindIsNamed) {
     operations.sleep();
     done = true;
     loop.join();
-    EXPECT_EQ(logind.calls(), (std::vector<std::string>{"LockSession('c7',)", "Suspend(true,)"}));
+    EXPECT_EQ(logind.calls, (std::vector<std::string>{"LockSession('c7',)", "Suspend(true,)"}));
 }
 
 TEST(LiveSystemCommands, VolumeAndMuteThroughWpctlAndAMissingToolIsNamed) {
@@ -122,12 +110,8 @@ TEST(LiveSystemCommands, VolumeAndMuteThroughWpctlAndAMissingToolIsNamed) {
     EXPECT_EQ(parsePactlVolume("Volume: front-left: 26214 /  40% / -23.87 dB,"), 40);
 
     std::filesystem::remove(bin / "wpctl");
-    try {
-        operations.setOutputMuted(false);
-        FAIL() << "no tool, no error";
-    } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error.message, core::LocalizedStrings::en().systemToolMissingMessage("wpctl"));
-    }
+    EXPECT_EQ(test::errorOf<core::UserFacingError>([&] { operations.setOutputMuted(false); }),
+              core::UserFacingError(en.systemToolMissingMessage("wpctl, pactl")));
 }
 
 }  // namespace

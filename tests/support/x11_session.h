@@ -1,6 +1,6 @@
 #pragma once
-// A private X11 session for one test: Xvfb on a free display with openbox managing it, and
-// DISPLAY pointing there while the object lives.
+// A private X11 session for one test: Xvfb (1280x800) on a free display with openbox managing it,
+// and DISPLAY pointing there while the object lives.
 
 #include <chrono>
 #include <cstdlib>
@@ -16,10 +16,10 @@ namespace nuvrel::test {
 class X11Session {
 public:
     // The programs are found on PATH.
-    explicit X11Session(const std::string& size = "1280x800") {
+    X11Session() {
         server_ = std::make_unique<HelperProcess>(
             std::vector<std::string>{"/usr/bin/env", "Xvfb", "-displayfd", "1", "-screen", "0",
-                                     size + "x24", "-nolisten", "tcp"});
+                                     "1280x800x24", "-nolisten", "tcp"});
         const auto number = server_->readLine(std::chrono::seconds(10));
         if (!number) return;
         display_ = ":" + *number;
@@ -35,7 +35,6 @@ public:
     }
 
     bool ready() const { return !display_.empty(); }
-    const std::string& display() const { return display_; }
 
 private:
     std::unique_ptr<HelperProcess> server_;

@@ -82,7 +82,7 @@ public:
         const std::string flag = muted ? "1" : "0";
         if (onPath("wpctl")) return runChecked({"wpctl", "set-mute", "@DEFAULT_AUDIO_SINK@", flag});
         if (onPath("pactl")) return runChecked({"pactl", "set-sink-mute", "@DEFAULT_SINK@", flag});
-        throw missing("wpctl");
+        throw missing("wpctl, pactl");
     }
 
     std::optional<int> outputVolume() const {
@@ -94,7 +94,7 @@ public:
             const Run run = runTool({"pactl", "get-sink-volume", "@DEFAULT_SINK@"});
             return run.exitStatus == 0 ? parsePactlVolume(run.output) : std::nullopt;
         }
-        throw missing("wpctl");
+        throw missing("wpctl, pactl");
     }
 
     void setOutputVolume(int volume) const {
@@ -106,7 +106,7 @@ public:
         if (onPath("pactl"))
             return runChecked(
                 {"pactl", "set-sink-volume", "@DEFAULT_SINK@", std::to_string(volume) + "%"});
-        throw missing("wpctl");
+        throw missing("wpctl, pactl");
     }
 
     std::string takeScreenshot() const {
