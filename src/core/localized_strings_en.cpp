@@ -197,7 +197,7 @@ const LocalizedStrings& LocalizedStrings::en() {
         .windowActionNextDisplayLabel = "Moved to the next display",
         .windowOnlyOneDisplayMessage = "Only one display is connected",
         .windowNeedsX11Message = "Window control needs an X11 session",
-        .systemToolMissingTemplate = "%@ isn't available on this computer",
+        .systemToolMissingTemplate = "Not available on this computer: %@",
         .accessibilityPermissionTitle = "Accessibility Access Needed",
         .accessibilityPermissionMessage = "Nuvrel needs Accessibility permission to move and resize windows.",
         .locationPermissionTitle = "Location Access Needed",

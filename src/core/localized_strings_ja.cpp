@@ -228,7 +228,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .windowActionNextDisplayLabel = "次のディスプレイに移動しました",
         .windowOnlyOneDisplayMessage = "接続されているディスプレイは1台だけです",
         .windowNeedsX11Message = "ウィンドウの操作には X11 セッションが必要です",
-        .systemToolMissingTemplate = "このコンピュータでは %@ を使用できません",
+        .systemToolMissingTemplate = "このコンピュータでは使用できません: %@",
         .accessibilityPermissionTitle = "アクセシビリティの許可が必要です",
         .accessibilityPermissionMessage =
             "ウインドウを移動したりサイズを変更したりするには、Nuvrelにアクセシビリティの許可が必"
