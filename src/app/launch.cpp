@@ -15,8 +15,10 @@
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
 #include "platform/linux/detached_timer_center.h"
+#include "platform/linux/live_system_commands.h"
 #include "platform/linux/vdir_calendar_store.h"
 #include "platform/linux/vdir_reminder_store.h"
+#include "platform/linux/x11_window_system.h"
 #include "platform/live_llm.h"
 #include "platform/posix/document_files.h"
 
@@ -132,7 +134,9 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             information =
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
             web = makeWebRetrieval(settings, session, log),
-            personalData = PersonalData::make(settings.diagnostics)](core::AppLanguage language) {
+            personalData = PersonalData::make(settings.diagnostics),
+            windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect())](
+               core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -161,6 +165,10 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             return platform::liveFindFile(name, platform::DocumentSearch::userFolders());
         };
         pipeline->extractDocumentText = platform::liveExtractText;
+        platform::LiveSystemCommandSettings systemCommands;
+        systemCommands.language = language;
+        pipeline->systemCommands = platform::liveSystemCommandOperations(systemCommands);
+        pipeline->windowSystem = windows;
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden &&

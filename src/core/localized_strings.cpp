@@ -79,6 +79,10 @@ const std::string& LocalizedStrings::networkActivityPurposeLabel(std::size_t pur
     return purposeIndex < labels.size() ? *labels[purposeIndex] : *labels[0];
 }
 
+std::string LocalizedStrings::systemToolMissingMessage(std::string_view tool) const {
+    return fill(systemToolMissingTemplate, {{"%@", tool}});
+}
+
 std::string LocalizedStrings::diagnosticsCheckFailedMessage(std::string_view reason) const {
     return fill(diagnosticsCheckFailedTemplate, {{"%@", reason}});
 }

@@ -187,6 +187,8 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(windowActionQuarterLabel)                    \
     TEXT(windowActionNextDisplayLabel)                \
     TEXT(windowOnlyOneDisplayMessage)                 \
+    TEXT(windowNeedsX11Message)                       \
+    TEXT(systemToolMissingTemplate)                   \
     TEXT(accessibilityPermissionTitle)                \
     TEXT(accessibilityPermissionMessage)              \
     TEXT(locationPermissionTitle)                     \
@@ -415,6 +417,8 @@ struct LocalizedStrings {
     // modelUpdateCheck. An index past the end gives the web search label.
     const std::string& networkActivityPurposeLabel(std::size_t purposeIndex) const;
     std::string diagnosticsCheckFailedMessage(std::string_view reason) const;
+    // A tool or service that the machine lacks, named.
+    std::string systemToolMissingMessage(std::string_view tool) const;
     std::string llmUnavailableDownloadingMessage(int percent) const;
     std::string chainProgressSubtitle(int done, int total) const;
     // The query that the help menu item submits: the language's own word for help.

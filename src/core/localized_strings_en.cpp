@@ -196,6 +196,8 @@ const LocalizedStrings& LocalizedStrings::en() {
         .windowActionQuarterLabel = "Snapped to a quarter of the screen",
         .windowActionNextDisplayLabel = "Moved to the next display",
         .windowOnlyOneDisplayMessage = "Only one display is connected",
+        .windowNeedsX11Message = "Window control needs an X11 session",
+        .systemToolMissingTemplate = "Not available on this computer: %@",
         .accessibilityPermissionTitle = "Accessibility Access Needed",
         .accessibilityPermissionMessage = "Nuvrel needs Accessibility permission to move and resize windows.",
         .locationPermissionTitle = "Location Access Needed",

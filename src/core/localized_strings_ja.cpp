@@ -227,6 +227,8 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .windowActionQuarterLabel = "画面の4分の1に配置しました",
         .windowActionNextDisplayLabel = "次のディスプレイに移動しました",
         .windowOnlyOneDisplayMessage = "接続されているディスプレイは1台だけです",
+        .windowNeedsX11Message = "ウィンドウの操作には X11 セッションが必要です",
+        .systemToolMissingTemplate = "このコンピュータでは使用できません: %@",
         .accessibilityPermissionTitle = "アクセシビリティの許可が必要です",
         .accessibilityPermissionMessage =
             "ウインドウを移動したりサイズを変更したりするには、Nuvrelにアクセシビリティの許可が必"

@@ -220,6 +220,8 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .windowActionQuarterLabel = "화면의 4분의 1로 배치됨",
         .windowActionNextDisplayLabel = "다음 디스플레이로 이동됨",
         .windowOnlyOneDisplayMessage = "연결된 디스플레이가 하나뿐입니다",
+        .windowNeedsX11Message = "창 제어는 X11 세션에서만 할 수 있습니다",
+        .systemToolMissingTemplate = "이 컴퓨터에서 사용할 수 없습니다: %@",
         .accessibilityPermissionTitle = "손쉬운 사용 권한 필요",
         .accessibilityPermissionMessage =
             "Nuvrel이 윈도우를 이동하고 크기를 조절하려면 손쉬운 사용 권한이 필요합니다.",

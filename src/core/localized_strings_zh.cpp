@@ -204,6 +204,8 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .windowActionQuarterLabel = "已移至屏幕的四分之一区域",
         .windowActionNextDisplayLabel = "已移至下一台显示器",
         .windowOnlyOneDisplayMessage = "只连接了一台显示器",
+        .windowNeedsX11Message = "窗口控制需要 X11 会话",
+        .systemToolMissingTemplate = "此电脑上无法使用：%@",
         .accessibilityPermissionTitle = "需要辅助功能权限",
         .accessibilityPermissionMessage = "Nuvrel 需要辅助功能权限才能移动窗口和调整窗口大小。",
         .locationPermissionTitle = "需要定位权限",

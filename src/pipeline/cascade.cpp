@@ -11,6 +11,10 @@
 #include "answers/translate_capability.h"
 #include "answers/weather_capability.h"
 #include "core/capability_result.h"
+#include "desktop/system_command_capability.h"
+#include "desktop/system_command_fast_path.h"
+#include "desktop/window_manage_capability.h"
+#include "desktop/window_manage_fast_path.h"
 #include "personal/calendar_fast_path.h"
 #include "personal/reminder_fast_path.h"
 #include "personal/timer_fast_path.h"
@@ -195,16 +199,29 @@ std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput& 
                          [&] { return calendarAddCapabilityOf(*this).execute(*candidate); });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput& input) const {
+    if (input.normalized.empty()) return std::nullopt;
+    const auto& table = desktop::SystemCommandFastPath::normalizedTable();
+    const auto found = table.find(input.normalized);
+    if (found == table.end()) return std::nullopt;
+    // Runs at once, with no confirmation; every failure reaches the card through userFacing.
+    return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
+        return desktop::SystemCommandCapability::execute(found->second, systemCommands);
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::clipboardHistoryStep(const StepInput&) const {
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::windowStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::windowStep(const StepInput& input) const {
+    const auto& table = desktop::WindowManageFastPath::normalizedTable();
+    const auto found = table.find(input.normalized);
+    if (found == table.end()) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return desktop::WindowManageCapability::execute(found->second, language,
+                                                        windowSystem.get());
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::helpStep(const StepInput& input) const {

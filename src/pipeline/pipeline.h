@@ -31,6 +31,8 @@
 #include "core/result_records.h"
 #include "core/routed_intent.h"
 #include "core/slot_value.h"
+#include "desktop/system_command_capability.h"
+#include "desktop/window_system.h"
 #include "llm/llm_backend.h"
 #include "personal/calendar_store.h"
 #include "personal/gregorian_calendar.h"
@@ -83,6 +85,11 @@ public:
     // nothing, and the query goes on.
     std::function<std::optional<core::FileHit>(std::string_view name)> findDocument{};
     std::function<std::optional<std::string>(const std::string& path)> extractDocumentText{};
+    // Sleep, lock, volume, screenshot and wallpaper settings of this machine.
+    desktop::SystemCommandOperations systemCommands{};
+    // The desktop's windows and screens; none where windows cannot be moved (no X11 session),
+    // which the window step reports on its card.
+    std::shared_ptr<desktop::WindowSystem> windowSystem{};
 
     // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
     // two model calls), then one capability call. Never throws; a stop request ends as the

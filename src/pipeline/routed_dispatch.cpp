@@ -9,6 +9,7 @@
 #include "base/cancellation.h"
 #include "base/regex.h"
 #include "base/text.h"
+#include "desktop/window_manage_capability.h"
 #include "personal/timer_fast_path.h"
 #include "pipeline/personal_capabilities.h"
 #include "pipeline/pipeline.h"
@@ -102,8 +103,16 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                                  [&] { return calendarAddCapabilityOf(*this).execute(candidate); });
         }
+        case IntentID::windowManage: {
+            const auto slot = Validator::stringSlot(routed.slots, "action");
+            const auto action = slot ? core::windowActionFromRouterSlot(*slot) : std::nullopt;
+            if (!action) return std::nullopt;
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
+                return desktop::WindowManageCapability::execute(*action, language,
+                                                                windowSystem.get());
+            });
+        }
         case IntentID::noteCreate:
-        case IntentID::windowManage:
         case IntentID::appLaunch:
             // These act once their features land; until then the validator's web fallback
             // answers them, as it does when their slots are unusable.

@@ -11,26 +11,10 @@
 #include <string>
 #include <thread>
 
+#include "support/private_bus.h"
+
 namespace nuvrel::platform {
 namespace {
-
-// A private bus: dbus-daemon started for the test and stopped with it.
-class PrivateBus {
-public:
-    PrivateBus() {
-        FILE* out = ::popen("dbus-daemon --session --fork --print-address=1 --print-pid=1", "r");
-        char line[512];
-        if (out && std::fgets(line, sizeof line, out))
-            address = std::string(line, std::strcspn(line, "\n"));
-        if (out && std::fgets(line, sizeof line, out)) pid = std::atoi(line);
-        if (out) ::pclose(out);
-    }
-    ~PrivateBus() {
-        if (pid > 0) ::kill(pid, SIGTERM);
-    }
-    std::string address;
-    int pid = 0;
-};
 
 constexpr const char* introspection =
     "<node><interface name='org.freedesktop.GeoClue2.Manager'><method name='GetClient'>"
@@ -131,7 +115,7 @@ private:
 };
 
 TEST(GeoClueLocationProvider, ReadsTheFixOrTellsRefusalFromAbsence) {
-    PrivateBus bus;
+    test::PrivateBus bus;
     ASSERT_FALSE(bus.address.empty());
     using Mode = GeoClueStandIn::Mode;
     {
