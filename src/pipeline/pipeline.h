@@ -31,6 +31,8 @@
 #include "core/result_records.h"
 #include "core/routed_intent.h"
 #include "core/slot_value.h"
+#include "desktop/application_index.h"
+#include "desktop/file_services.h"
 #include "llm/llm_backend.h"
 #include "personal/calendar_store.h"
 #include "personal/gregorian_calendar.h"
@@ -83,6 +85,13 @@ public:
     // nothing, and the query goes on.
     std::function<std::optional<core::FileHit>(std::string_view name)> findDocument{};
     std::function<std::optional<std::string>(const std::string& path)> extractDocumentText{};
+    // File search and deletion on this machine: the metadata search, the Trash and the files
+    // shown for deletion. Without a search the deletion step lets every query go on; the file
+    // search step needs the finder capability of the registry.
+    desktop::FileServices fileServices{};
+    // The installed applications and how to open one; without it the launch step lets every
+    // query go on.
+    std::shared_ptr<desktop::ApplicationCatalog> applications{};
 
     // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
     // two model calls), then one capability call. Never throws; a stop request ends as the
