@@ -91,8 +91,9 @@ void collectFolder(const fs::path& folder, std::vector<fs::path>& found) {
 
 }  // namespace
 
-DesktopApplications::DesktopApplications(base::Diagnostics diagnostics)
-    : diagnostics_(std::move(diagnostics)) {}
+DesktopApplications::DesktopApplications(base::Diagnostics diagnostics,
+                                         std::chrono::milliseconds refreshInterval)
+    : diagnostics_(std::move(diagnostics)), refreshInterval_(refreshInterval) {}
 
 std::vector<fs::path> DesktopApplications::applicationFolders() {
     std::vector<fs::path> folders;
@@ -145,7 +146,7 @@ std::shared_ptr<const desktop::ApplicationIndex> DesktopApplications::index(
     core::AppLanguage language) {
     std::lock_guard lock(mutex_);
     const auto now = std::chrono::steady_clock::now();
-    if (now - checked_ >= std::chrono::seconds(1)) {
+    if (indexes_.empty() || now - checked_ >= refreshInterval_) {
         checked_ = now;
         auto times = folderTimes();
         if (times != times_) {
