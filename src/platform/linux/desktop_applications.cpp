@@ -67,7 +67,9 @@ std::optional<desktop::InstalledApp> entryOf(const fs::path& path, core::AppLang
     }
     // Null for Hidden entries and for those whose TryExec program is missing.
     GPointer<GDesktopAppInfo> info(g_desktop_app_info_new_from_keyfile(file.get()), g_object_unref);
-    if (!info || !g_app_info_should_show(G_APP_INFO(info.get()))) return std::nullopt;
+    if (!info || g_desktop_app_info_get_is_hidden(info.get()) ||
+        !g_app_info_should_show(G_APP_INFO(info.get())))
+        return std::nullopt;
     const auto name = keyText(file.get(), "Name", nullptr);
     if (!name || name->empty()) return std::nullopt;
     std::optional<std::string> localized;
