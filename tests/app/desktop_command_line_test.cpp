@@ -49,7 +49,8 @@ TEST(DesktopCommandLine, FindsDeletesToTheTrashAndOpensApplicationsAndAddresses)
     const fs::path applications = h / ".local/share/applications";
     base::writeFileAtomically(applications / "marker.desktop",
                               "[Desktop Entry]\nType=Application\nName=Marker Tool\nExec=sh -c "
-                              "\"echo started > " + (h / "started").string() + "\"\n");
+                              "\"echo started > " +
+                                  (h / "started").string() + "\"\n");
     base::writeFileAtomically(applications / "browser.desktop",
                               "[Desktop Entry]\nType=Application\nName=Browser\nNoDisplay=true\n"
                               "MimeType=x-scheme-handler/https;\nExec=sh -c \"echo %u > " +

@@ -1,7 +1,7 @@
 // The live file search, deletion checks and applications of a Linux desktop, on real files in
 // a temporary home.
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <fstream>
@@ -50,7 +50,8 @@ TEST(FileWalkSearch, FindsFilesOfEveryScriptOnceAndSkipsWhatItMust) {
     touch(h / "Documents" / "bad\xff.pdf");
     // Generated bulk, and a loop back to the home folder.
     for (int i = 0; i < 300; ++i)
-        touch(h / "Documents/bulk" / std::to_string(i % 7) / ("note-" + std::to_string(i) + ".txt"));
+        touch(h / "Documents/bulk" / std::to_string(i % 7) /
+              ("note-" + std::to_string(i) + ".txt"));
     fs::create_directory_symlink(h, h / "Documents/loop");
     const fs::path old = h / "Documents/old-report.pdf";
     touch(old);
@@ -61,25 +62,28 @@ TEST(FileWalkSearch, FindsFilesOfEveryScriptOnceAndSkipsWhatItMust) {
     finder.services = liveFileServices(h);
     finder.maxResults = 100;
     EXPECT_EQ(names(finder.execute(core::FinderQuery{.fileType = "pdf"})),
-              (std::multiset<std::string>{"invoice-march.pdf", "보고서.pdf", "レポート.PDF", "-dash.pdf",
-                                     "line\nbreak.pdf", "old-report.pdf"}));
+              (std::multiset<std::string>{"invoice-march.pdf", "보고서.pdf", "レポート.PDF",
+                                          "-dash.pdf", "line\nbreak.pdf", "old-report.pdf"}));
     EXPECT_EQ(names(finder.execute(core::FinderQuery{.keyword = "报告"})),
               std::multiset<std::string>{"报告.txt"});
-    EXPECT_EQ(names(finder.execute(core::FinderQuery{.keyword = "REPORT",
-                                                     .dateRange = "recent_30_days"})),
+    EXPECT_EQ(names(finder.execute(
+                  core::FinderQuery{.keyword = "REPORT", .dateRange = "recent_30_days"})),
               std::multiset<std::string>{});
     EXPECT_EQ(names(finder.execute(core::FinderQuery{.keyword = "report"})),
               std::multiset<std::string>{"old-report.pdf"});
-    const auto notes = finder.execute(core::FinderQuery{.keyword = "note-", .location = "documents"});
+    const auto notes =
+        finder.execute(core::FinderQuery{.keyword = "note-", .location = "documents"});
     EXPECT_EQ(names(notes).size(), 100u);
 
     // Nothing gathered before the budget is spent is the time-out card.
     try {
-        liveWalkMetadataQuery("kMDItemFSName CONTAINS[cd] 'zzz'", {h.string()}, 0, core::AppLanguage::en, h);
+        liveWalkMetadataQuery("kMDItemFSName CONTAINS[cd] 'zzz'", {h.string()}, 0,
+                              core::AppLanguage::en, h);
         ADD_FAILURE() << "no time-out";
     } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error.message,
-                  core::LocalizedStrings::strings(core::AppLanguage::en).finderSearchTimedOutMessage);
+        EXPECT_EQ(
+            error.message,
+            core::LocalizedStrings::strings(core::AppLanguage::en).finderSearchTimedOutMessage);
     }
 }
 
