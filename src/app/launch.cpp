@@ -8,13 +8,16 @@
 #include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "base/paths.h"
+#include "desktop/finder_search_capability.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
 #include "personal/calendar_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/linux/desktop_applications.h"
 #include "platform/linux/detached_timer_center.h"
+#include "platform/linux/file_walk_search.h"
 #include "platform/linux/live_system_commands.h"
 #include "platform/linux/vdir_calendar_store.h"
 #include "platform/linux/vdir_reminder_store.h"
@@ -123,6 +126,39 @@ void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
                                data.paths.stateHome / "nuvrel" / "timers", data.helperProgram)};
 }
 
+// Files and applications of this machine, made once per process: the files shown for deletion
+// and the application index outlive each run's pipeline.
+struct DesktopData {
+    desktop::FileServices files;
+    std::shared_ptr<platform::DesktopApplications> applications;
+
+    static DesktopData make(const base::Diagnostics& diagnostics) {
+        desktop::FileServices files =
+            platform::liveFileServices(base::XdgPaths::fromEnvironment().home);
+        files.proposals = std::make_shared<desktop::DeletionProposals>();
+        return {std::move(files), std::make_shared<platform::DesktopApplications>(diagnostics)};
+    }
+};
+
+void addDesktop(pipeline::Pipeline& pipeline, const DesktopData& data) {
+    pipeline.fileServices = data.files;
+    pipeline.applications = data.applications;
+    pipeline.openURL = [applications = data.applications](const std::string& url) {
+        applications->openURL(url);
+    };
+}
+
+std::shared_ptr<desktop::FinderSearchCapability> finderSearchOf(
+    const pipeline::Pipeline& pipeline) {
+    auto finder = std::make_shared<desktop::FinderSearchCapability>();
+    finder->language = pipeline.language;
+    finder->maxResults = 8;
+    finder->timeout = 3.0;
+    finder->services = pipeline.fileServices;
+    finder->clock = pipeline.clock;
+    return finder;
+}
+
 }  // namespace
 
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
@@ -135,8 +171,8 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
             web = makeWebRetrieval(settings, session, log),
             personalData = PersonalData::make(settings.diagnostics),
-            windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect())](
-               core::AppLanguage language) {
+            windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect()),
+            desktopData = DesktopData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -156,9 +192,11 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             webSearch->embeddingBackend =
                 std::make_shared<EmbeddingBackendAdapter>(runtime->embeddingBackend);
         addPersonalData(*pipeline, personalData, *defaults);
+        addDesktop(*pipeline, desktopData);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
             language, pipeline->calendarStore, pipeline->clock);
-        pipeline->registry = core::CapabilityRegistry({webSearch, calendarQuery});
+        pipeline->registry =
+            core::CapabilityRegistry({webSearch, calendarQuery, finderSearchOf(*pipeline)});
         pipeline->informationServices = information;
         pipeline->weatherLocationProvider = location;
         pipeline->findDocument = [](std::string_view name) {

@@ -11,6 +11,10 @@
 #include "answers/translate_capability.h"
 #include "answers/weather_capability.h"
 #include "core/capability_result.h"
+#include "desktop/app_launch_fast_path.h"
+#include "desktop/delete_file_capability.h"
+#include "desktop/finder_search_fast_path.h"
+#include "desktop/open_url_fast_path.h"
 #include "desktop/system_command_capability.h"
 #include "desktop/system_command_fast_path.h"
 #include "desktop/window_manage_capability.h"
@@ -129,8 +133,26 @@ std::optional<core::PipelineOutcome> Pipeline::weatherStep(const StepInput& inpu
     });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput& input) const {
+    if (!applications) return std::nullopt;
+    const auto match = desktop::AppLaunchFastPath::match(input.query);
+    if (!match) return std::nullopt;
+    if (const auto app = applications->index(language)->bestMatch(match->candidateName,
+                                                                  match->isExplicitTrigger)) {
+        return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
+            applications->open(*app);
+            return core::CapabilityResult(
+                core::CapabilityResult::AppLaunched{desktop::AppLaunchCapability::shownName(*app)});
+        });
+    }
+    // "open github.com": the address is read from the name behind the launch word.
+    if (!match->isExplicitTrigger || !openURL) return std::nullopt;
+    const auto url = desktop::OpenURLFastPath::urlCandidate(match->candidateName);
+    if (!url) return std::nullopt;
+    return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
+        openURL(url->url);
+        return core::CapabilityResult(core::CapabilityResult::AppLaunched{url->displayName});
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInput& input) const {
@@ -171,16 +193,27 @@ std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepIn
     });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput& input) const {
+    if (!fileServices.runMetadataQuery) return std::nullopt;
+    const auto candidate = desktop::DeleteFileFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
+        return desktop::DeleteFileCapability{language, fileServices}.findCandidate(*candidate, 3.0);
+    });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::noteCreationStep(const StepInput&) const {
     return std::nullopt;
 }
 
-std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput& input) const {
+    const auto keyword = desktop::FinderSearchFastPath::match(input.query);
+    if (!keyword) return std::nullopt;
+    const std::shared_ptr<core::Capability> finder =
+        registry.capability(core::IntentID::finderSearch);
+    if (!finder) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return finder->execute(core::FinderQuery{.keyword = *keyword}); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput& input) const {

@@ -1,6 +1,7 @@
 // What happens on the user's word: the confirm button of a draft, or the delete button of a
 // row of a confirmation card. The command line and the panel both come here.
 
+#include "desktop/delete_file_capability.h"
 #include "pipeline/personal_capabilities.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/user_facing.h"
@@ -32,6 +33,13 @@ std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::Pip
         const std::string identifier = reminders->reminders[row].identifier;
         return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                              [&] { return reminderCapabilityOf(*this).confirmDelete(identifier); });
+    }
+    if (const auto* file = card->get<core::CapabilityResult::DeleteFileConfirmation>()) {
+        if (row != 0) return std::nullopt;
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
+            return desktop::DeleteFileCapability{language, fileServices}.confirmDelete(
+                file->file.path);
+        });
     }
     return std::nullopt;
 }

@@ -31,6 +31,8 @@
 #include "core/result_records.h"
 #include "core/routed_intent.h"
 #include "core/slot_value.h"
+#include "desktop/application_index.h"
+#include "desktop/file_services.h"
 #include "desktop/system_command_capability.h"
 #include "desktop/window_system.h"
 #include "llm/llm_backend.h"
@@ -90,6 +92,13 @@ public:
     // The desktop's windows and screens; none where windows cannot be moved (no X11 session),
     // which the window step reports on its card.
     std::shared_ptr<desktop::WindowSystem> windowSystem{};
+    // File search and deletion on this machine: the metadata search, the Trash and the files
+    // shown for deletion. Without a search the deletion step lets every query go on; the file
+    // search step needs the finder capability of the registry.
+    desktop::FileServices fileServices{};
+    // The installed applications and how to open one; without it the launch step lets every
+    // query go on.
+    std::shared_ptr<desktop::ApplicationCatalog> applications{};
 
     // Blocks on the caller's task: the cascade in its fixed order, then the router (at most
     // two model calls), then one capability call. Never throws; a stop request ends as the

@@ -9,6 +9,7 @@
 #include "base/cancellation.h"
 #include "base/regex.h"
 #include "base/text.h"
+#include "desktop/app_launch_capability.h"
 #include "desktop/window_manage_capability.h"
 #include "personal/timer_fast_path.h"
 #include "pipeline/personal_capabilities.h"
@@ -112,8 +113,18 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
                                                                 windowSystem.get());
             });
         }
+        case IntentID::appLaunch: {
+            const auto name = Validator::stringSlot(routed.slots, "query");
+            if (!name || !applications) return std::nullopt;
+            const auto app = applications->index(language)->bestMatch(*name, true);
+            if (!app) return std::nullopt;
+            return outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics, [&] {
+                applications->open(*app);
+                return core::CapabilityResult(core::CapabilityResult::AppLaunched{
+                    desktop::AppLaunchCapability::shownName(*app)});
+            });
+        }
         case IntentID::noteCreate:
-        case IntentID::appLaunch:
             // These act once their features land; until then the validator's web fallback
             // answers them, as it does when their slots are unusable.
             return std::nullopt;

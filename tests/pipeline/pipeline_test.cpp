@@ -89,9 +89,9 @@ TEST(PipelineCascade, AMissReachesTheRouterWithTheQueryUntrimmed) {
     auto finder = std::make_shared<FakeCapability>(IntentID::finderSearch);
     auto made = pipelineWith(
         {reply(routerReply(IntentID::finderSearch, 0.9, {{"keyword", "taxes"}}))}, {finder});
-    const PipelineOutcome outcome = made.pipeline.run("  find my taxes ");
+    const PipelineOutcome outcome = made.pipeline.run("  find my taxes please ");
     ASSERT_EQ(made.backend->calls.size(), 1u);
-    EXPECT_EQ(made.backend->calls[0].user, "  find my taxes ");
+    EXPECT_EQ(made.backend->calls[0].user, "  find my taxes please ");
     ASSERT_EQ(finder->executed.size(), 1u);
     EXPECT_EQ(finder->executed[0], core::ActionPlan(core::FinderQuery{.keyword = "taxes"}));
     ASSERT_TRUE(outcome.asResult());
@@ -228,7 +228,7 @@ CapturedRun runFinderThrowing(std::shared_ptr<FakeCapability> finder) {
         {reply(routerReply(IntentID::finderSearch, 0.9, {{"keyword", "taxes"}}))}, {finder});
     const nuvrel::test::RecordedDiagnostics recorded;
     made.pipeline.diagnostics = recorded.diagnostics;
-    PipelineOutcome outcome = made.pipeline.run("find my taxes");
+    PipelineOutcome outcome = made.pipeline.run("find my taxes please");
     return {std::move(outcome), recorded.sink->text()};
 }
 
@@ -349,7 +349,7 @@ std::string slotLinesOf(const std::string& routerAnswer, bool logging = true) {
     const nuvrel::test::RecordedDiagnostics recorded;
     made.pipeline.diagnostics = recorded.diagnostics;
     made.pipeline.debugSlotsLogging = logging;
-    made.pipeline.run("find my taxes");
+    made.pipeline.run("find my taxes please");
     return recorded.sink->text();
 }
 

@@ -1,0 +1,87 @@
+// `nuvrel ask` on the files and applications of a throwaway home: the sentence in, the file in
+// the Trash or the application started out.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <fstream>
+#include <thread>
+
+#include "base/files.h"
+#include "base/time_text.h"
+#include "support/helper_process.h"
+#include "support/temporary_home.h"
+
+namespace nuvrel::app {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+struct Asked {
+    int status = -1;
+    std::string output;
+};
+
+Asked ask(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {NUVREL_PATH, "ask", "--no-network"});
+    test::HelperProcess process(arguments);
+    Asked asked;
+    while (auto line = process.readLine(30s)) asked.output += *line + "\n";
+    const auto status = process.waitForExit(30s);
+    if (status && WIFEXITED(*status)) asked.status = WEXITSTATUS(*status);
+    return asked;
+}
+
+std::optional<std::string> awaited(const fs::path& file) {
+    for (int i = 0; i < 100; ++i) {
+        if (auto text = base::readFile(file); text && !text->empty() && text->back() == '\n')
+            return text;
+        std::this_thread::sleep_for(50ms);
+    }
+    return std::nullopt;
+}
+
+TEST(DesktopCommandLine, FindsDeletesToTheTrashAndOpensApplicationsAndAddresses) {
+    test::TemporaryHome home;
+    const fs::path& h = home.path();
+    base::writeFileAtomically(h / "Documents/invoice-march.pdf", "%PDF");
+    base::writeFileAtomically(h / "Desktop/report.pdf", "%PDF");
+    const fs::path applications = h / ".local/share/applications";
+    base::writeFileAtomically(applications / "marker.desktop",
+                              "[Desktop Entry]\nType=Application\nName=Marker Tool\nExec=sh -c "
+                              "\"echo started > " +
+                                  (h / "started").string() + "\"\n");
+    base::writeFileAtomically(applications / "browser.desktop",
+                              "[Desktop Entry]\nType=Application\nName=Browser\nNoDisplay=true\n"
+                              "MimeType=x-scheme-handler/https;\nExec=sh -c \"echo %u > " +
+                                  (h / "opened").string() + "\"\n");
+    base::writeFileAtomically(h / ".config/mimeapps.list",
+                              "[Default Applications]\nx-scheme-handler/https=browser.desktop\n");
+
+    const Asked found = ask({"where is my invoice-march.pdf"});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_NE(found.output.find((h / "Documents/invoice-march.pdf").string()), std::string::npos)
+        << found.output;
+
+    const Asked unconfirmed = ask({"delete report.pdf on the desktop"});
+    EXPECT_EQ(unconfirmed.status, 3);
+    EXPECT_TRUE(fs::exists(h / "Desktop/report.pdf"));
+
+    const std::string today = base::formatTime(std::chrono::system_clock::now(), "%Y-%m-%d", false);
+    const Asked deleted = ask({"--yes", "delete report.pdf on the desktop"});
+    EXPECT_EQ(deleted.status, 0) << deleted.output;
+    EXPECT_FALSE(fs::exists(h / "Desktop/report.pdf"));
+    EXPECT_EQ(base::readFile(h / ".local/share/Trash/files/report.pdf"), "%PDF");
+    const auto info = base::readFile(h / ".local/share/Trash/info/report.pdf.trashinfo");
+    ASSERT_TRUE(info);
+    EXPECT_NE(info->find("Path=" + (h / "Desktop/report.pdf").string() + "\n"), std::string::npos);
+    EXPECT_NE(info->find("DeletionDate=" + today + "T"), std::string::npos) << *info;
+
+    EXPECT_EQ(ask({"open marker tool"}).status, 0);
+    EXPECT_EQ(awaited(h / "started"), "started\n");
+    EXPECT_EQ(ask({"open example.com"}).status, 0);
+    EXPECT_EQ(awaited(h / "opened"), "https://example.com\n");
+}
+
+}  // namespace
+}  // namespace nuvrel::app
