@@ -102,7 +102,13 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
             return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
                                  [&] { return calendarAddCapabilityOf(*this).execute(candidate); });
         }
-        case IntentID::noteCreate:
+        case IntentID::noteCreate: {
+            const auto content = Validator::stringSlot(routed.slots, "content");
+            if (!content || !notesCapability.store) return std::nullopt;
+            const personal::NotesCandidate candidate{*content};
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                 [&] { return notesCapability.execute(candidate); });
+        }
         case IntentID::windowManage:
         case IntentID::appLaunch:
             // These act once their features land; until then the validator's web fallback
