@@ -63,8 +63,8 @@ TEST(NotesCapability, SavesListsAtMostThirtyAndReportsFailuresWithoutTheText) {
     const NotesCapability notes{core::AppLanguage::en, store, recorded.diagnostics};
     const auto& strings = core::LocalizedStrings::en();
 
-    EXPECT_EQ(notes.execute({"  buy milk\n"}),
-              core::CapabilityResult(core::CapabilityResult::NoteSaved{"buy milk"}));
+    EXPECT_EQ(notes.execute({"  buy milk\n"}).get<core::CapabilityResult::NoteSaved>()->content,
+              "buy milk");
     EXPECT_EQ(store->created, std::vector<std::string>{"buy milk"});
     try {
         notes.execute({" \n"});
@@ -81,10 +81,11 @@ TEST(NotesCapability, SavesListsAtMostThirtyAndReportsFailuresWithoutTheText) {
     const auto& rows = card->get<core::CapabilityResult::NoteDeleteConfirmation>()->notes;
     ASSERT_EQ(rows.size(), 30u);
     EXPECT_EQ(rows.front().identifier, "0.md");
-    EXPECT_EQ(notes.confirmDelete("0.md", "milk 0"),
-              core::CapabilityResult(core::CapabilityResult::NoteDeleted{"milk 0"}));
-    EXPECT_EQ(notes.confirmDelete("0.md", "milk 0"),
-              core::CapabilityResult(core::CapabilityResult::NoteDeleted{""}));
+    const auto deletedTitle = [&] {
+        return notes.confirmDelete("0.md", "milk 0").get<core::CapabilityResult::NoteDeleted>()->title;
+    };
+    EXPECT_EQ(deletedTitle(), "milk 0");
+    EXPECT_EQ(deletedTitle(), "");
 
     store->failing = true;
     EXPECT_FALSE(notes.findCandidates("milk"));

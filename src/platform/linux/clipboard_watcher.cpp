@@ -65,6 +65,17 @@ bool onPath(const char* program) {
     return present;
 }
 
+// What the clipboard held at one poll.
+struct Seen {
+    std::vector<std::string> types;
+    std::optional<std::string> text;
+};
+
+bool sameContent(const std::optional<Seen>& a, const std::optional<Seen>& b) {
+    if (!a || !b) return !a && !b;
+    return a->types == b->types && a->text == b->text;
+}
+
 bool hasText(const std::vector<std::string>& types) {
     return std::any_of(types.begin(), types.end(), [](const std::string& type) {
         return type == "UTF8_STRING" || type == "STRING" || type == "TEXT" ||
@@ -111,11 +122,6 @@ void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& st
                     const std::function<void(std::chrono::milliseconds)>& sleep) {
     // X11 has no change count that a helper could read: a change is a new pair of types and
     // text. Types come first, so that a concealed text is never fetched.
-    struct Seen {
-        std::vector<std::string> types;
-        std::optional<std::string> text;
-        bool operator==(const Seen&) const = default;
-    };
     const auto read = [&]() -> std::optional<Seen> {
         auto types = source.types();
         if (!types) return std::nullopt;
@@ -131,7 +137,7 @@ void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& st
         sleep(std::chrono::milliseconds(500));
         if (stop) break;
         std::optional<Seen> now = read();
-        if (!now || now == last) continue;
+        if (!now || sameContent(now, last)) continue;
         last = now;
         if (!now->text) continue;
         store.record(base::text::nfc(*now->text), pasteboardTypeIdentifiers(now->types));
