@@ -17,9 +17,9 @@
 #include "personal/music_play_capability.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
-#include "platform/linux/detached_timer_center.h"
 #include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/desktop_messenger.h"
+#include "platform/linux/detached_timer_center.h"
 #include "platform/linux/markdown_notes_folder.h"
 #include "platform/linux/mpris_player.h"
 #include "platform/linux/vcard_folder.h"
@@ -103,7 +103,8 @@ struct PersonalData {
     // The contacts folder of the settings when the factory was made, read once.
     std::shared_ptr<platform::VCardFolder> contacts;
 
-    static PersonalData make(const base::Diagnostics& diagnostics, const SettingsStoring& defaults) {
+    static PersonalData make(const base::Diagnostics& diagnostics,
+                             const SettingsStoring& defaults) {
         std::error_code error;
         auto self = std::filesystem::read_symlink("/proc/self/exe", error);
         const base::XdgPaths paths = base::XdgPaths::fromEnvironment();
@@ -111,12 +112,14 @@ struct PersonalData {
             defaults.string(settingsKey::contactsFolder).value_or("");
         return {
             std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar(), diagnostics),
-            platform::SessionBus::connect(), paths, self,
+            platform::SessionBus::connect(),
+            paths,
+            self,
             platform::liveClipboardHistoryStore(paths.stateHome),
-            std::make_shared<platform::VCardFolder>(
-                contactsFolder.empty() ? paths.dataHome / "nuvrel" / "contacts"
-                                       : std::filesystem::path(contactsFolder),
-                diagnostics)};
+            std::make_shared<platform::VCardFolder>(contactsFolder.empty()
+                                                        ? paths.dataHome / "nuvrel" / "contacts"
+                                                        : std::filesystem::path(contactsFolder),
+                                                    diagnostics)};
     }
 };
 
@@ -159,7 +162,8 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             information =
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
             web = makeWebRetrieval(settings, session, log),
-            personalData = PersonalData::make(settings.diagnostics, *settings.userDefaults)](core::AppLanguage language) {
+            personalData = PersonalData::make(settings.diagnostics, *settings.userDefaults)](
+               core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         pipeline->router.backend = runtime->routingBackend;
         pipeline->router.interimPrompt = runtime->isInterimModel;
@@ -189,8 +193,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         auto music = std::make_shared<personal::MusicPlayCapability>(
             language, std::make_shared<platform::MprisPlayer>(personalData.bus),
             [](std::chrono::milliseconds wait) { base::liveSleep(wait); }, diagnostics);
-        pipeline->registry =
-            core::CapabilityRegistry({webSearch, calendarQuery, messages, music});
+        pipeline->registry = core::CapabilityRegistry({webSearch, calendarQuery, messages, music});
         pipeline->informationServices = information;
         pipeline->weatherLocationProvider = location;
         pipeline->findDocument = [](std::string_view name) {

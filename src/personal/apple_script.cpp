@@ -37,10 +37,10 @@ std::string escapeLiteral(std::string_view text) {
 
 std::string NotesScriptBuilder::create(std::string_view content) {
     const std::string body = base::text::replaceAll(escapeLiteral(content), "\n", "<br>");
-    return joinedLines({"tell application \"Notes\"",
-                        "    make new note at folder 1 of default account with properties {body:\"" +
-                            body + "\"}",
-                        "end tell"});
+    return joinedLines(
+        {"tell application \"Notes\"",
+         "    make new note at folder 1 of default account with properties {body:\"" + body + "\"}",
+         "end tell"});
 }
 
 std::string NotesScriptBuilder::listMatching(std::string_view keyword) {
@@ -59,11 +59,11 @@ std::string NotesScriptBuilder::deleteNote(std::string_view noteID) {
 std::string MessageScriptBuilder::send(std::string_view body, std::string_view handle,
                                        ServiceType serviceType) {
     const std::string service = serviceType == ServiceType::iMessage ? "iMessage" : "SMS";
-    return joinedLines({"tell application \"Messages\"",
-                        "    set targetService to 1st account whose service type = " + service,
-                        "    set targetBuddy to participant \"" + escapeLiteral(handle) +
-                            "\" of targetService",
-                        "    send \"" + escapeLiteral(body) + "\" to targetBuddy", "end tell"});
+    return joinedLines(
+        {"tell application \"Messages\"",
+         "    set targetService to 1st account whose service type = " + service,
+         "    set targetBuddy to participant \"" + escapeLiteral(handle) + "\" of targetService",
+         "    send \"" + escapeLiteral(body) + "\" to targetBuddy", "end tell"});
 }
 
 std::string MessageScriptBuilder::composeMail(std::string_view to, std::string_view body) {
@@ -77,11 +77,21 @@ std::string MessageScriptBuilder::composeMail(std::string_view to, std::string_v
          "    end tell", "    activate", "end tell"});
 }
 
-std::string MusicScriptBuilder::playCurrent() { return "tell application \"Music\" to play"; }
-std::string MusicScriptBuilder::pause() { return "tell application \"Music\" to pause"; }
-std::string MusicScriptBuilder::next() { return "tell application \"Music\" to next track"; }
-std::string MusicScriptBuilder::previous() { return "tell application \"Music\" to back track"; }
-std::string MusicScriptBuilder::readinessProbe() { return "tell application \"Music\" to name"; }
+std::string MusicScriptBuilder::playCurrent() {
+    return "tell application \"Music\" to play";
+}
+std::string MusicScriptBuilder::pause() {
+    return "tell application \"Music\" to pause";
+}
+std::string MusicScriptBuilder::next() {
+    return "tell application \"Music\" to next track";
+}
+std::string MusicScriptBuilder::previous() {
+    return "tell application \"Music\" to back track";
+}
+std::string MusicScriptBuilder::readinessProbe() {
+    return "tell application \"Music\" to name";
+}
 
 std::string MusicScriptBuilder::searchAndPlay(std::string_view query) {
     return playHits("    set theHits to (search playlist 1 for \"" + escapeLiteral(query) + "\")");

@@ -1,9 +1,8 @@
 #include "personal/clipboard_history_store.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <array>
+#include <nlohmann/json.hpp>
 
 #include "base/text.h"
 
@@ -19,8 +18,9 @@ double secondsOf(ClipboardHistoryStore::TimePoint time) {
 }
 
 ClipboardHistoryStore::TimePoint timeOf(double seconds) {
-    return ClipboardHistoryStore::TimePoint(std::chrono::duration_cast<std::chrono::system_clock::duration>(
-        std::chrono::duration<double>(seconds)));
+    return ClipboardHistoryStore::TimePoint(
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(
+            std::chrono::duration<double>(seconds)));
 }
 
 }  // namespace
@@ -97,8 +97,8 @@ void ClipboardHistoryStore::save() const {
     nlohmann::json list = nlohmann::json::array();
     for (const Entry& entry : entries_)
         list.push_back({{"text", entry.text}, {"copiedAt", secondsOf(entry.copiedAt)}});
-    persistence_->write(
-        nlohmann::json{{"entries", list}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    persistence_->write(nlohmann::json{{"entries", list}}.dump(
+        -1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 }  // namespace nuvrel::personal

@@ -42,8 +42,8 @@ std::vector<ContactMatch> rank(std::string_view query,
     std::set<std::string> handles;
     for (const auto& [value, candidate] : scored) {
         if (!handles.insert(candidate->handle).second) continue;
-        matches.push_back({candidate->displayName, candidate->handle,
-                           avatarInitial(candidate->displayName)});
+        matches.push_back(
+            {candidate->displayName, candidate->handle, avatarInitial(candidate->displayName)});
         if (matches.size() == 5) break;
     }
     return matches;

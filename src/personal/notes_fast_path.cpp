@@ -27,18 +27,17 @@ constexpr std::array<ColonPrefix, 8> colonPrefixes = {{
     {"メモ:", false},
 }};
 
-constexpr std::array<std::string_view, 8> noteNouns = {"메모", "노트", "note",   "notes",
+constexpr std::array<std::string_view, 8> noteNouns = {"메모", "노트",   "note",   "notes",
                                                        "メモ", "ノート", "备忘录", "笔记"};
 // Neither "취소" nor "cancel": cancelling a note means nothing, and "cancel the meeting
 // note" belongs to the calendar.
 constexpr std::array<std::string_view, 11> deleteVerbs = {
-    "삭제",   "지워", "없애", "빼줘", "delete", "remove",
-    "clear", "削除", "消して", "删除", "删掉"};
+    "삭제", "지워", "없애", "빼줘", "delete", "remove", "clear", "削除", "消して", "删除", "删掉"};
 constexpr std::array<std::string_view, 22> stopTokens = {
-    "에서", "에",   "의",    "를", "을",  "은",    "는",  "좀",   "그",     "이", "했던",
-    "관련", "the", "a",    "an", "of", "from", "my", "about", "の", "を", "で"};
+    "에서", "에",  "의", "를", "을", "은",   "는", "좀",    "그", "이", "했던",
+    "관련", "the", "a",  "an", "of", "from", "my", "about", "の", "を", "で"};
 constexpr std::array<std::string_view, 8> verbEndings = {"해줘요", "해줘", "해 줘", "하세요",
-                                                         "해",     "줘요", "줘",   "して"};
+                                                         "해",     "줘요", "줘",    "して"};
 
 const base::Regex& koreanTrigger() {
     static const base::Regex pattern(
@@ -73,8 +72,8 @@ std::optional<NotesCandidate> NotesFastPath::match(std::string_view query) {
 }
 
 std::optional<NoteDeleteCandidate> NoteDeleteFastPath::match(std::string_view query) {
-    auto rest = deleteRequestRest(query,
-                                  DeleteRequestWords{noteNouns, deleteVerbs, stopTokens, verbEndings});
+    auto rest = deleteRequestRest(
+        query, DeleteRequestWords{noteNouns, deleteVerbs, stopTokens, verbEndings});
     if (!rest || rest->empty()) return std::nullopt;
     return NoteDeleteCandidate{std::move(*rest)};
 }

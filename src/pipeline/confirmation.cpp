@@ -53,7 +53,8 @@ std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::Pip
             return core::PipelineOutcome::error(
                 core::UserFacingError(strings.capabilityUnavailableMessage, std::nullopt, false));
         if (const auto* draft = plan->get<core::MessageDraft>()) {
-            const auto messages = std::dynamic_pointer_cast<personal::MessageSendCapability>(capability);
+            const auto messages =
+                std::dynamic_pointer_cast<personal::MessageSendCapability>(capability);
             if (messages) return sendToResolvedRecipient(*messages, *draft, strings, diagnostics);
         }
         return outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics,

@@ -53,7 +53,8 @@ public:
         return notes;
     }
     bool remove(const std::string& identifier) override {
-        return std::erase_if(notes, [&](const auto& note) { return note.identifier == identifier; });
+        return std::erase_if(notes,
+                             [&](const auto& note) { return note.identifier == identifier; });
     }
 };
 
@@ -82,7 +83,9 @@ TEST(NotesCapability, SavesListsAtMostThirtyAndReportsFailuresWithoutTheText) {
     ASSERT_EQ(rows.size(), 30u);
     EXPECT_EQ(rows.front().identifier, "0.md");
     const auto deletedTitle = [&] {
-        return notes.confirmDelete("0.md", "milk 0").get<core::CapabilityResult::NoteDeleted>()->title;
+        return notes.confirmDelete("0.md", "milk 0")
+            .get<core::CapabilityResult::NoteDeleted>()
+            ->title;
     };
     EXPECT_EQ(deletedTitle(), "milk 0");
     EXPECT_EQ(deletedTitle(), "");
@@ -103,10 +106,10 @@ TEST(NotesCapability, SavesListsAtMostThirtyAndReportsFailuresWithoutTheText) {
 TEST(ClipboardHistoryStore, KeepsThirtyRecentDistinctTextsNewestFirst) {
     auto now = std::chrono::system_clock::time_point(std::chrono::hours(1000));
     std::optional<std::string> file;
-    ClipboardHistoryStore store([&] { return now; },
-                                ClipboardHistoryStore::Persistence{
-                                    [&] { return file; },
-                                    [&](std::string_view bytes) { file = std::string(bytes); }});
+    ClipboardHistoryStore store(
+        [&] { return now; },
+        ClipboardHistoryStore::Persistence{
+            [&] { return file; }, [&](std::string_view bytes) { file = std::string(bytes); }});
     const auto copy = [&](const char* text, std::vector<std::string> types = {}) {
         now += std::chrono::seconds(1);
         store.record(text, types);
@@ -131,9 +134,9 @@ TEST(ClipboardHistoryStore, KeepsThirtyRecentDistinctTextsNewestFirst) {
     EXPECT_EQ(entries.front(), "30");
     EXPECT_EQ(entries.back(), "1");
     // Another process reads the same file.
-    ClipboardHistoryStore reader([&] { return now; },
-                                 ClipboardHistoryStore::Persistence{[&] { return file; },
-                                                                    [](std::string_view) {}});
+    ClipboardHistoryStore reader(
+        [&] { return now; },
+        ClipboardHistoryStore::Persistence{[&] { return file; }, [](std::string_view) {}});
     EXPECT_EQ(reader.recentEntries(), entries);
     for (const char* corrupt : {"", "{\"entries\":[{\"text\":1}]}", "[1,2", "null"}) {
         file = corrupt;

@@ -27,7 +27,8 @@ TEST(ScriptTexts, QuoteUserTextSoThatItNeverRunsAsScript) {
               std::string::npos);
 
     using Error = AppleScriptError;
-    EXPECT_EQ(Error::classify(-1743, "anything"), (Error{Error::Kind::automationDenied, -1743, "anything"}));
+    EXPECT_EQ(Error::classify(-1743, "anything"),
+              (Error{Error::Kind::automationDenied, -1743, "anything"}));
     EXPECT_EQ(Error::classify(-600, std::nullopt),
               (Error{Error::Kind::executionFailed, -600, "AppleScript execution failed"}));
     EXPECT_EQ(Error::classify(std::nullopt, std::nullopt),
@@ -41,7 +42,9 @@ TEST(MusicReadings, GenresAndTrackRecords) {
     EXPECT_EQ(MusicGenreMapper::candidateGenres("재즈 틀어줘"), (Genres{"Jazz"}));
     EXPECT_TRUE(MusicGenreMapper::candidateGenres("podcast").empty());
 
-    const auto reading = MusicPlayCapability::parseTrackInfo("So What\x1fMiles\x1f\x1ftrue\x1f" "12\x1fmissing value");
+    const auto reading = MusicPlayCapability::parseTrackInfo(
+        "So What\x1fMiles\x1f\x1ftrue\x1f"
+        "12\x1fmissing value");
     ASSERT_TRUE(reading);
     EXPECT_EQ(reading->track, "So What");
     EXPECT_FALSE(reading->album);
@@ -49,7 +52,10 @@ TEST(MusicReadings, GenresAndTrackRecords) {
     EXPECT_EQ(reading->positionSeconds, 12.0);
     EXPECT_EQ(reading->durationSeconds, 0.0);
     EXPECT_FALSE(MusicPlayCapability::parseTrackInfo("none"));
-    EXPECT_FALSE(MusicPlayCapability::parseTrackInfo("a\x1f" "b\x1f\x1f\x1f\x1f\x1f" "c"));
+    EXPECT_FALSE(
+        MusicPlayCapability::parseTrackInfo("a\x1f"
+                                            "b\x1f\x1f\x1f\x1f\x1f"
+                                            "c"));
 }
 
 }  // namespace

@@ -38,16 +38,18 @@ std::string messageOf(const std::function<void()>& call) {
 // properties, typed numbers).
 void writeAddressBook(const fs::path& folder) {
     fs::create_directories(folder);
-    std::ofstream(folder / "a.vcf") << "BEGIN:VCARD\nVERSION:3.0\nFN:김철수\nN:김;철수;;;\n"
-                                       "TEL;TYPE=cell:010-1111-\n 2222\nTEL:02-555-0000\nEND:VCARD\n";
+    std::ofstream(folder / "a.vcf")
+        << "BEGIN:VCARD\nVERSION:3.0\nFN:김철수\nN:김;철수;;;\n"
+           "TEL;TYPE=cell:010-1111-\n 2222\nTEL:02-555-0000\nEND:VCARD\n";
     std::ofstream(folder / "b.vcf") << "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:철수\r\n"
                                        "TEL;VALUE=uri;TYPE=\"voice,cell\":tel:+82-10-3333-4444\r\n"
                                        "END:VCARD\r\n";
-    std::ofstream(folder / "c.vcf") << "BEGIN:VCARD\r\nVERSION:4.0\r\nN:Lee;Jamie;;;\r\n"
-                                       "NICKNAME:Jay,JJ\r\nitem1.EMAIL;TYPE=work:jamie@example.org\r\n"
-                                       "TEL:+1 555 0100\r\nEND:VCARD\r\n"
-                                       "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Sam Park\r\n"
-                                       "EMAIL:sam@example.com\r\nEND:VCARD\r\n";
+    std::ofstream(folder / "c.vcf")
+        << "BEGIN:VCARD\r\nVERSION:4.0\r\nN:Lee;Jamie;;;\r\n"
+           "NICKNAME:Jay,JJ\r\nitem1.EMAIL;TYPE=work:jamie@example.org\r\n"
+           "TEL:+1 555 0100\r\nEND:VCARD\r\n"
+           "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Sam Park\r\n"
+           "EMAIL:sam@example.com\r\nEND:VCARD\r\n";
     std::ofstream(folder / "d.vcf") << "BEGIN:VCARD\nVERSION:3.0\nFN:No Handle\nEND:VCARD\n";
 }
 
@@ -114,9 +116,10 @@ TEST(Messages, ResolveAmongVCardsAndSendThroughKdeConnectOrMailto) {
     const std::string body = "I'm running \"late\" & sorry";
     messages.execute(core::MessageDraft{"010-1111-2222", "김철수", Channel::sms, body});
     EXPECT_EQ(sent, "/modules/kdeconnect/devices/phone1/sms|010-1111-2222|" + body);
-    messages.execute(core::MessageDraft{"sam@example.com", "Sam Park", Channel::mail,
-                                        "the report is ready?"});
-    EXPECT_EQ(opened, std::vector<std::string>{"mailto:sam@example.com?body=the%20report%20is%20ready%3F"});
+    messages.execute(
+        core::MessageDraft{"sam@example.com", "Sam Park", Channel::mail, "the report is ready?"});
+    EXPECT_EQ(opened,
+              std::vector<std::string>{"mailto:sam@example.com?body=the%20report%20is%20ready%3F"});
 
     reachable = false;
     EXPECT_EQ(messageOf([&] {
@@ -154,18 +157,19 @@ TEST(Music, DrivesARealMprisPlayerAndReadsItsState) {
         "--vo=null", "--really-quiet", (home.path() / "first.wav").string(),
         (home.path() / "second.wav").string()});
     auto player = std::make_shared<MprisPlayer>(SessionBus::connect());
-    const auto waitFor = [&](const std::function<bool(const std::optional<core::NowPlaying>&)>& ok) {
-        for (int i = 0; i < 100; ++i) {
-            if (ok(player->nowPlaying())) return true;
-            std::this_thread::sleep_for(100ms);
-        }
-        return false;
-    };
+    const auto waitFor =
+        [&](const std::function<bool(const std::optional<core::NowPlaying>&)>& ok) {
+            for (int i = 0; i < 100; ++i) {
+                if (ok(player->nowPlaying())) return true;
+                std::this_thread::sleep_for(100ms);
+            }
+            return false;
+        };
     ASSERT_TRUE(waitFor([](const auto& now) { return now && now->isPlaying; }));
 
     test::RecordedDiagnostics recorded;
-    personal::MusicPlayCapability music(core::AppLanguage::en, player,
-                                        [](std::chrono::milliseconds) {}, recorded.diagnostics);
+    personal::MusicPlayCapability music(
+        core::AppLanguage::en, player, [](std::chrono::milliseconds) {}, recorded.diagnostics);
     using Action = core::MusicCommand::Action;
     music.execute(core::MusicCommand{std::nullopt, Action::pause});
     EXPECT_TRUE(waitFor([](const auto& now) { return now && !now->isPlaying; }));
@@ -175,15 +179,18 @@ TEST(Music, DrivesARealMprisPlayerAndReadsItsState) {
     EXPECT_NE(resumed.get<core::CapabilityResult::NowPlaying>()->nowPlaying.track.find("first"),
               std::string::npos);
     music.execute(core::MusicCommand{std::nullopt, Action::next});
-    EXPECT_TRUE(waitFor([](const auto& now) {
-        return now && now->track.find("second") != std::string::npos;
-    }));
-    EXPECT_EQ(messageOf([&] { music.execute(core::MusicCommand{"jazz", Action::play}); }),
+    EXPECT_TRUE(waitFor(
+        [](const auto& now) { return now && now->track.find("second") != std::string::npos; }));
+    EXPECT_EQ(messageOf([&] {
+                  music.execute(core::MusicCommand{"jazz", Action::play});
+              }),
               strings.musicCannotSearchMessage);
 
     mpv.reset();
     EXPECT_TRUE(waitFor([](const auto& now) { return !now; }));
-    EXPECT_EQ(messageOf([&] { music.execute(core::MusicCommand{std::nullopt, Action::pause}); }),
+    EXPECT_EQ(messageOf([&] {
+                  music.execute(core::MusicCommand{std::nullopt, Action::pause});
+              }),
               strings.musicNoPlayerMessage);
 }
 

@@ -13,7 +13,8 @@ namespace nuvrel::test {
 PrivateBus::PrivateBus() {
     FILE* out = ::popen("dbus-daemon --session --fork --print-address=1 --print-pid=1", "r");
     char line[512];
-    if (out && std::fgets(line, sizeof line, out)) address = std::string(line, std::strcspn(line, "\n"));
+    if (out && std::fgets(line, sizeof line, out))
+        address = std::string(line, std::strcspn(line, "\n"));
     if (out && std::fgets(line, sizeof line, out)) pid = std::atoi(line);
     if (out) ::pclose(out);
     ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
@@ -61,8 +62,8 @@ BusStandIn::BusStandIn(const std::string& address, const std::string& name,
     }
     GVariant* owned = g_dbus_connection_call_sync(
         connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", name.c_str(), 0u), nullptr, G_DBUS_CALL_FLAGS_NONE,
-        -1, nullptr, nullptr);
+        "RequestName", g_variant_new("(su)", name.c_str(), 0u), nullptr, G_DBUS_CALL_FLAGS_NONE, -1,
+        nullptr, nullptr);
     if (owned) g_variant_unref(owned);
     g_main_context_pop_thread_default(context_);
     thread_ = std::thread([this] {

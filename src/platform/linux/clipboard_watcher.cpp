@@ -24,10 +24,10 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command) {
     argv.push_back(nullptr);
     gchar* out = nullptr;
     gint status = 0;
-    const bool ran = g_spawn_sync(nullptr, argv.data(), nullptr,
-                                  static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH |
-                                                           G_SPAWN_STDERR_TO_DEV_NULL),
-                                  nullptr, nullptr, &out, nullptr, &status, nullptr);
+    const bool ran =
+        g_spawn_sync(nullptr, argv.data(), nullptr,
+                     static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
+                     nullptr, nullptr, &out, nullptr, &status, nullptr);
     std::optional<std::string> result;
     if (ran && g_spawn_check_wait_status(status, nullptr) && out) result = std::string(out);
     g_free(out);
@@ -100,12 +100,14 @@ std::unique_ptr<ClipboardSource> liveClipboardSource() {
     if (wayland && *wayland && onPath("wl-paste"))
         return std::make_unique<HelperClipboardSource>(
             std::vector<std::string>{"wl-paste", "--list-types"},
-            std::vector<std::string>{"wl-paste", "--no-newline", "--type", "text/plain;charset=utf-8"});
+            std::vector<std::string>{"wl-paste", "--no-newline", "--type",
+                                     "text/plain;charset=utf-8"});
     const char* display = std::getenv("DISPLAY");
     if (display && *display && onPath("xclip"))
         return std::make_unique<HelperClipboardSource>(
             std::vector<std::string>{"xclip", "-selection", "clipboard", "-o", "-t", "TARGETS"},
-            std::vector<std::string>{"xclip", "-selection", "clipboard", "-o", "-t", "UTF8_STRING"});
+            std::vector<std::string>{"xclip", "-selection", "clipboard", "-o", "-t",
+                                     "UTF8_STRING"});
     return nullptr;
 }
 
@@ -148,7 +150,8 @@ int runClipboardWatcher(const std::filesystem::path& stateHome,
                         const base::Diagnostics& diagnostics) {
     auto source = liveClipboardSource();
     if (!source) {
-        diagnostics.event("watch-clipboard: no X11 or Wayland clipboard to read (needs xclip or wl-paste)");
+        diagnostics.event(
+            "watch-clipboard: no X11 or Wayland clipboard to read (needs xclip or wl-paste)");
         return 1;
     }
     auto store = liveClipboardHistoryStore(stateHome);

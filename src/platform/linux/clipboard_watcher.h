@@ -46,6 +46,7 @@ void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& st
                     const std::function<void(std::chrono::milliseconds)>& sleep);
 
 // `nuvrel watch-clipboard`: runs until SIGINT or SIGTERM; 1 when no clipboard can be read.
-int runClipboardWatcher(const std::filesystem::path& stateHome, const base::Diagnostics& diagnostics);
+int runClipboardWatcher(const std::filesystem::path& stateHome,
+                        const base::Diagnostics& diagnostics);
 
 }  // namespace nuvrel::platform

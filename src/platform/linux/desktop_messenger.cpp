@@ -47,7 +47,8 @@ void DesktopMessenger::sendText(const std::string& handle, const std::string& bo
     }
     g_variant_unref(list);
     g_variant_unref(reply);
-    if (device.empty()) throw personal::MessageSendError(Kind::noDevice, "no paired, reachable device");
+    if (device.empty())
+        throw personal::MessageSendError(Kind::noDevice, "no paired, reachable device");
 
     // sendSms(addresses, text, attachments): each address a variant holding a (s) record.
     GVariantBuilder addresses;

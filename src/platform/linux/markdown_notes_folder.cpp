@@ -33,7 +33,9 @@ std::string titleOf(std::string_view line) {
     return title;
 }
 
-bool isHidden(const std::filesystem::path& name) { return name.string().starts_with('.'); }
+bool isHidden(const std::filesystem::path& name) {
+    return name.string().starts_with('.');
+}
 
 // Writes a new file, refusing to replace one; false when the name is taken.
 bool writeNew(const std::filesystem::path& path, std::string_view bytes) {
@@ -68,7 +70,8 @@ std::string MarkdownNotesFolder::fileStem(std::string_view title) {
     std::string cleaned;
     for (const char c : title) {
         const auto byte = static_cast<unsigned char>(c);
-        const bool refused = byte < 0x20 || byte == 0x7f || std::strchr("/\\:*?\"<>|", c) != nullptr;
+        const bool refused =
+            byte < 0x20 || byte == 0x7f || std::strchr("/\\:*?\"<>|", c) != nullptr;
         cleaned += refused ? '-' : c;
     }
     std::string stem = base::text::prefix(base::text::trim(cleaned), maxStemCharacters);
@@ -81,7 +84,8 @@ std::string MarkdownNotesFolder::fileStem(std::string_view title) {
 void MarkdownNotesFolder::create(const std::string& content) {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
-    if (error) throw personal::NotesStoreError("cannot create the notes folder: " + error.message());
+    if (error)
+        throw personal::NotesStoreError("cannot create the notes folder: " + error.message());
     const std::string stem = fileStem(titleOf(firstLine(content)));
     const std::string bytes = content.ends_with('\n') ? content : content + '\n';
     for (int n = 1; n < 10000; ++n) {
@@ -132,7 +136,8 @@ bool MarkdownNotesFolder::remove(const std::string& identifier) {
     const std::filesystem::path relative(identifier);
     // An identifier comes back from a card: it must still name a file inside the folder.
     if (identifier.empty() || relative.is_absolute() ||
-        std::any_of(relative.begin(), relative.end(), [](const auto& part) { return part == ".."; }))
+        std::any_of(relative.begin(), relative.end(),
+                    [](const auto& part) { return part == ".."; }))
         return false;
     const std::filesystem::path path = folder_ / relative;
     std::error_code error;

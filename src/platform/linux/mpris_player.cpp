@@ -20,8 +20,8 @@ struct VariantDeleter {
 };
 using Variant = std::unique_ptr<GVariant, VariantDeleter>;
 
-Variant call(GDBusConnection* bus, const std::string& name, const char* path,
-             const char* interface, const char* method, GVariant* parameters, const char* reply,
+Variant call(GDBusConnection* bus, const std::string& name, const char* path, const char* interface,
+             const char* method, GVariant* parameters, const char* reply,
              std::string* reason = nullptr) {
     GError* error = nullptr;
     GVariant* result = g_dbus_connection_call_sync(
@@ -139,7 +139,8 @@ void MprisPlayer::playSearch(const std::string& query) {
             searches = searches || std::string_view(*scheme) == "spotify";
         g_free(list);
     }
-    if (!searches) throw personal::MediaPlayerError(Kind::cannotSearch, "the player has no search scheme");
+    if (!searches)
+        throw personal::MediaPlayerError(Kind::cannotSearch, "the player has no search scheme");
     char* escaped = g_uri_escape_string(query.c_str(), nullptr, false);
     const std::string uri = std::string("spotify:search:") + escaped;
     g_free(escaped);

@@ -64,7 +64,8 @@ std::vector<personal::Contact> parseVCards(std::string_view text) {
             }
         }
         if (colon == std::string::npos) continue;
-        std::string name = base::text::upper(std::string_view(line).substr(0, line.find(';')).substr(0, colon));
+        std::string name =
+            base::text::upper(std::string_view(line).substr(0, line.find(';')).substr(0, colon));
         if (const auto dot = name.rfind('.'); dot != std::string::npos) name.erase(0, dot + 1);
         const std::string_view value = std::string_view(line).substr(colon + 1);
         if (name == "BEGIN" && base::text::upper(value) == "VCARD") {
@@ -84,7 +85,8 @@ std::vector<personal::Contact> parseVCards(std::string_view text) {
             card->nickname = base::text::trim(components(value, ',')[0]);
         } else if (name == "TEL") {
             std::string number = base::text::trim(unescaped(value));
-            if (base::text::lower(std::string_view(number).substr(0, 4)) == "tel:") number.erase(0, 4);
+            if (base::text::lower(std::string_view(number).substr(0, 4)) == "tel:")
+                number.erase(0, 4);
             if (!number.empty()) card->phoneNumbers.push_back(std::move(number));
         } else if (name == "EMAIL") {
             std::string address = base::text::trim(unescaped(value));
