@@ -46,9 +46,10 @@ TEST(MarkdownNotesFolder, CreatesFindsAndTrashesNotesWithoutOverwriting) {
     EXPECT_EQ(found[0].identifier, "buy milk 2.md");
     EXPECT_EQ(found[1].title, "buy milk");
     EXPECT_EQ(notes.notesMatching("우유").at(0).title, "우유 🥛 사기");
-    if (::geteuid() != 0)
+    if (::geteuid() != 0) {
         EXPECT_EQ(recorded.sink->text(),
                   "[Nuvrel] note file skipped, unreadable: unreadable milk.md\n");
+    }
 
     EXPECT_FALSE(notes.remove("../vault/buy milk.md"));
     EXPECT_TRUE(notes.remove("buy milk.md"));
