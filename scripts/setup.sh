@@ -18,6 +18,7 @@ packages=(
   libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
   libgtest-dev libgmock-dev libbenchmark-dev curl
   libxcb1-dev libxcb-randr0-dev libxcb-ewmh-dev xvfb openbox x11-utils imagemagick
+  xclip mpv mpv-mpris
 )
 
 missing_packages() {

@@ -20,6 +20,7 @@
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/detached_timer_center.h"
 #include "platform/linux/geoclue_location_provider.h"
 
@@ -83,6 +84,10 @@ int main(int argc, char** argv) {
         return platform::runTimerHelper(
             std::vector<std::string>(argv + 2, argv + argc),
             base::XdgPaths::fromEnvironment().stateHome / "nuvrel" / "timers");
+    }
+    if (argc > 1 && argv[1] == std::string_view("watch-clipboard")) {
+        return platform::runClipboardWatcher(base::XdgPaths::fromEnvironment().stateHome,
+                                             base::Diagnostics(base::standardErrorSink()));
     }
     const auto parsed = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (const auto* error = std::get_if<app::UsageError>(&parsed)) {

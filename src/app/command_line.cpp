@@ -163,6 +163,8 @@ Usage:
   nuvrel models [list|install|add|use|remove|check-updates] ...
                                             list, install and switch local models
                                             (nuvrel models --help)
+  nuvrel watch-clipboard                    keep the clipboard history until stopped
+                                            (X11 through xclip, Wayland through wl-paste)
   nuvrel install-server                     build the local model server if it is missing
                                             (ten minutes or more, once) and print its path
   nuvrel --help | --version

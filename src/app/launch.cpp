@@ -8,17 +8,25 @@
 #include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "base/paths.h"
+#include "base/sleep.h"
 #include "desktop/finder_search_capability.h"
 #include "llm/llama_server_backend.h"
 #include "llm/managed_llama_backend.h"
 #include "llm/model_resolution.h"
 #include "personal/calendar_capabilities.h"
+#include "personal/message_send_capability.h"
+#include "personal/music_play_capability.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/router_prompt.h"
+#include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/desktop_applications.h"
+#include "platform/linux/desktop_messenger.h"
 #include "platform/linux/detached_timer_center.h"
 #include "platform/linux/file_walk_search.h"
 #include "platform/linux/live_system_commands.h"
+#include "platform/linux/markdown_notes_folder.h"
+#include "platform/linux/mpris_player.h"
+#include "platform/linux/vcard_folder.h"
 #include "platform/linux/vdir_calendar_store.h"
 #include "platform/linux/vdir_reminder_store.h"
 #include "platform/linux/x11_window_system.h"
@@ -96,13 +104,27 @@ struct PersonalData {
     std::shared_ptr<platform::SessionBus> bus;
     base::XdgPaths paths;
     std::filesystem::path helperProgram;
+    std::shared_ptr<personal::ClipboardHistoryStore> clipboardHistory;
+    // The contacts folder of the settings when the factory was made, read once.
+    std::shared_ptr<platform::VCardFolder> contacts;
 
-    static PersonalData make(const base::Diagnostics& diagnostics) {
+    static PersonalData make(const base::Diagnostics& diagnostics,
+                             const SettingsStoring& defaults) {
         std::error_code error;
         auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+        const base::XdgPaths paths = base::XdgPaths::fromEnvironment();
+        const std::string contactsFolder =
+            defaults.string(settingsKey::contactsFolder).value_or("");
         return {
             std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar(), diagnostics),
-            platform::SessionBus::connect(), base::XdgPaths::fromEnvironment(), self};
+            platform::SessionBus::connect(),
+            paths,
+            self,
+            platform::liveClipboardHistoryStore(paths.stateHome),
+            std::make_shared<platform::VCardFolder>(contactsFolder.empty()
+                                                        ? paths.dataHome / "nuvrel" / "contacts"
+                                                        : std::filesystem::path(contactsFolder),
+                                                    diagnostics)};
     }
 };
 
@@ -120,6 +142,14 @@ void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
         reminders.empty() ? data.paths.dataHome / "nuvrel" / "reminders" / "personal"
                           : std::filesystem::path(reminders),
         data.cache);
+    const std::string notes = setting(settingsKey::notesFolder);
+    pipeline.notesCapability = personal::NotesCapability{
+        pipeline.language,
+        std::make_shared<platform::MarkdownNotesFolder>(
+            notes.empty() ? data.paths.dataHome / "nuvrel" / "notes" : std::filesystem::path(notes),
+            pipeline.diagnostics),
+        pipeline.diagnostics};
+    pipeline.clipboardHistoryStore = data.clipboardHistory;
     pipeline.timerCapability = personal::TimerCapability{
         pipeline.language, std::make_shared<platform::DetachedTimerCenter>(
                                pipeline.language, data.bus,
@@ -170,7 +200,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             information =
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
             web = makeWebRetrieval(settings, session, log),
-            personalData = PersonalData::make(settings.diagnostics),
+            personalData = PersonalData::make(settings.diagnostics, *settings.userDefaults),
             windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect()),
             desktopData = DesktopData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
@@ -195,8 +225,16 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         addDesktop(*pipeline, desktopData);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
             language, pipeline->calendarStore, pipeline->clock);
-        pipeline->registry =
-            core::CapabilityRegistry({webSearch, calendarQuery, finderSearchOf(*pipeline)});
+        auto messages = std::make_shared<personal::MessageSendCapability>(
+            language, personalData.contacts,
+            std::make_shared<platform::DesktopMessenger>(personalData.bus,
+                                                         platform::DesktopMessenger::liveOpenURI),
+            diagnostics);
+        auto music = std::make_shared<personal::MusicPlayCapability>(
+            language, std::make_shared<platform::MprisPlayer>(personalData.bus),
+            [](std::chrono::milliseconds wait) { base::liveSleep(wait); }, diagnostics);
+        pipeline->registry = core::CapabilityRegistry(
+            {webSearch, calendarQuery, messages, music, finderSearchOf(*pipeline)});
         pipeline->informationServices = information;
         pipeline->weatherLocationProvider = location;
         pipeline->findDocument = [](std::string_view name) {

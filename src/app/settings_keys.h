@@ -30,6 +30,10 @@ inline constexpr std::string_view onDevice = "onDevice";  // boolean, written tr
 inline constexpr std::string_view calendarFolders = "calendarFolders";  // ":"-separated paths
 inline constexpr std::string_view newEventCalendarFolder = "newEventCalendarFolder";
 inline constexpr std::string_view reminderFolder = "reminderFolder";
+// The notes folder (Markdown files) and the contacts folder (vCards, khard's vdir layout);
+// text, empty or absent for the folders under $XDG_DATA_HOME/nuvrel/.
+inline constexpr std::string_view notesFolder = "notesFolder";
+inline constexpr std::string_view contactsFolder = "contactsFolder";
 // A base URL whose scheme, host and port replace those of the model and manifest addresses.
 inline constexpr std::string_view modelMirror = "modelMirror";  // text
 // The update last offered, as its manifest entry (JSON text); kept until the user acts on it.

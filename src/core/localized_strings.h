@@ -379,7 +379,12 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(modelUpdateCheckFailedMessage)               \
     TEXT(modelUpdateInstallHintTemplate)              \
     TEXT(modelRoleRouterLabel)                        \
-    TEXT(modelRoleSummaryLabel)
+    TEXT(modelRoleSummaryLabel)                       \
+    TEXT(messageNoPhoneDeviceMessage)                 \
+    TEXT(messageNoMailClientMessage)                  \
+    TEXT(musicNoPlayerMessage)                        \
+    TEXT(musicCannotSearchMessage)                    \
+    TEXT(messageRecipientAmbiguousTemplate)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

@@ -389,6 +389,11 @@ const LocalizedStrings& LocalizedStrings::en() {
         .modelUpdateInstallHintTemplate = "Install it with: nuvrel models install %@",
         .modelRoleRouterLabel = "understands requests",
         .modelRoleSummaryLabel = "summaries",
+        .messageNoPhoneDeviceMessage = "No phone is paired and reachable through KDE Connect",
+        .messageNoMailClientMessage = "No mail app is set up to write e-mail",
+        .musicNoPlayerMessage = "No media player is running",
+        .musicCannotSearchMessage = "This player can't search for music",
+        .messageRecipientAmbiguousTemplate = "Several contacts match: %@",
     };
     // clang-format on
     return value;

@@ -470,6 +470,11 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .modelUpdateInstallHintTemplate = "インストールするには：nuvrel models install %@",
         .modelRoleRouterLabel = "リクエストの理解",
         .modelRoleSummaryLabel = "要約",
+        .messageNoPhoneDeviceMessage = "KDE Connectでペアリングされ接続可能な電話がありません",
+        .messageNoMailClientMessage = "メールを書くためのメールAppが設定されていません",
+        .musicNoPlayerMessage = "実行中のメディアプレーヤーがありません",
+        .musicCannotSearchMessage = "このプレーヤーは音楽を検索できません",
+        .messageRecipientAmbiguousTemplate = "複数の連絡先が一致します：%@",
     };
     return value;
 }

@@ -451,6 +451,11 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .modelUpdateInstallHintTemplate = "설치하려면: nuvrel models install %@",
         .modelRoleRouterLabel = "요청 이해",
         .modelRoleSummaryLabel = "요약",
+        .messageNoPhoneDeviceMessage = "KDE Connect로 연결된 휴대폰이 없습니다",
+        .messageNoMailClientMessage = "이메일을 쓸 메일 앱이 설정되어 있지 않습니다",
+        .musicNoPlayerMessage = "실행 중인 미디어 플레이어가 없습니다",
+        .musicCannotSearchMessage = "이 플레이어는 음악을 검색할 수 없습니다",
+        .messageRecipientAmbiguousTemplate = "여러 연락처가 일치합니다: %@",
     };
     return value;
 }

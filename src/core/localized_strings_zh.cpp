@@ -412,6 +412,11 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .modelUpdateInstallHintTemplate = "安装方法：nuvrel models install %@",
         .modelRoleRouterLabel = "理解请求",
         .modelRoleSummaryLabel = "摘要",
+        .messageNoPhoneDeviceMessage = "没有通过 KDE Connect 配对且可连接的手机",
+        .messageNoMailClientMessage = "没有设置用于写邮件的邮件 App",
+        .musicNoPlayerMessage = "没有正在运行的媒体播放器",
+        .musicCannotSearchMessage = "此播放器无法搜索音乐",
+        .messageRecipientAmbiguousTemplate = "有多个联系人匹配：%@",
     };
     return value;
 }

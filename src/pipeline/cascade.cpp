@@ -20,6 +20,8 @@
 #include "desktop/window_manage_capability.h"
 #include "desktop/window_manage_fast_path.h"
 #include "personal/calendar_fast_path.h"
+#include "personal/clipboard_history_fast_path.h"
+#include "personal/notes_fast_path.h"
 #include "personal/reminder_fast_path.h"
 #include "personal/timer_fast_path.h"
 #include "pipeline/currency_fast_path.h"
@@ -172,8 +174,12 @@ std::optional<core::PipelineOutcome> Pipeline::translationStep(const StepInput& 
     });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput& input) const {
+    if (!notesCapability.store) return std::nullopt;
+    const auto candidate = personal::NoteDeleteFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return notesCapability.findCandidates(candidate->keyword); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepInput& input) const {
@@ -202,8 +208,12 @@ std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&
     });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::noteCreationStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::noteCreationStep(const StepInput& input) const {
+    if (!notesCapability.store) return std::nullopt;
+    const auto candidate = personal::NotesFastPath::match(input.query);
+    if (!candidate) return std::nullopt;
+    return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
+                         [&] { return notesCapability.execute(*candidate); });
 }
 
 std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput& input) const {
@@ -243,8 +253,12 @@ std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput
     });
 }
 
-std::optional<core::PipelineOutcome> Pipeline::clipboardHistoryStep(const StepInput&) const {
-    return std::nullopt;
+std::optional<core::PipelineOutcome> Pipeline::clipboardHistoryStep(const StepInput& input) const {
+    if (!clipboardHistoryStore ||
+        !personal::ClipboardHistoryFastPath::phrases().contains(input.normalized))
+        return std::nullopt;
+    return core::PipelineOutcome::result(
+        core::CapabilityResult::ClipboardHistory{clipboardHistoryStore->recentEntries()});
 }
 
 std::optional<core::PipelineOutcome> Pipeline::windowStep(const StepInput& input) const {

@@ -37,7 +37,9 @@
 #include "desktop/window_system.h"
 #include "llm/llm_backend.h"
 #include "personal/calendar_store.h"
+#include "personal/clipboard_history_store.h"
 #include "personal/gregorian_calendar.h"
+#include "personal/notes_capability.h"
 #include "personal/reminder_store.h"
 #include "personal/timer_capability.h"
 #include "pipeline/date_time_expression.h"
@@ -49,8 +51,6 @@ namespace nuvrel::pipeline {
 class Pipeline : public PipelineRunning {
 public:
     // Fields in declared order. The validator has no state and is called as a namespace.
-    // Still to come with their features: clipboardHistoryStore (after `summarizer`) and
-    // notesCapability (after `liveFastPathsEnabled`).
     Router router{};
     // The plan-driven capabilities; also the finder of the file-search fast path.
     core::CapabilityRegistry registry{};
@@ -61,6 +61,8 @@ public:
     personal::TimerCapability timerCapability{};
     // The summary model, if any: splits chains, summarises documents, translates.
     std::shared_ptr<llm::LLMBackend> summarizer{};
+    // The recent copied texts; without a store the clipboard step lets every query go on.
+    std::shared_ptr<personal::ClipboardHistoryStore> clipboardHistoryStore{};
     // Opens a web address in the default browser.
     std::function<void(std::string)> openURL{};
     // The user's "Network features" setting: web search, weather and currency.
@@ -68,6 +70,8 @@ public:
     // False turns off every fast path that touches the outside world, leaving the pure ones
     // and the router.
     bool liveFastPathsEnabled = true;
+    // Notes; without a store its steps let every query go on.
+    personal::NotesCapability notesCapability{};
     // The user's calendars and reminders; without a store its steps let every query go on.
     std::shared_ptr<personal::CalendarStore> calendarStore{};
     std::shared_ptr<personal::ReminderStore> reminderStore{};

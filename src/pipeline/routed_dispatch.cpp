@@ -124,10 +124,13 @@ std::optional<core::PipelineOutcome> Pipeline::dispatchRouterFallbackIntent(
                     desktop::AppLaunchCapability::shownName(*app)});
             });
         }
-        case IntentID::noteCreate:
-            // These act once their features land; until then the validator's web fallback
-            // answers them, as it does when their slots are unusable.
-            return std::nullopt;
+        case IntentID::noteCreate: {
+            const auto content = Validator::stringSlot(routed.slots, "content");
+            if (!content || !notesCapability.store) return std::nullopt;
+            const personal::NotesCandidate candidate{*content};
+            return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics,
+                                 [&] { return notesCapability.execute(candidate); });
+        }
         case IntentID::systemCommand:
             // Never on the model's word: a system command runs only when its normalised
             // phrase hit the fast path's table.
