@@ -377,7 +377,13 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(modelUpdateCheckFailedMessage)               \
     TEXT(modelUpdateInstallHintTemplate)              \
     TEXT(modelRoleRouterLabel)                        \
-    TEXT(modelRoleSummaryLabel)
+    TEXT(modelRoleSummaryLabel)                       \
+    TEXT(settingsUnknownKeyTemplate)                  \
+    TEXT(settingsInvalidValueTemplate)                \
+    TEXT(keyStoreUnavailableMessage)                  \
+    TEXT(diagnosticsPermissionAvailableValue)         \
+    TEXT(diagnosticsPermissionUnavailableValue)       \
+    TEXT(diagnosticsNoClipboardMessage)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

@@ -387,6 +387,12 @@ const LocalizedStrings& LocalizedStrings::en() {
         .modelUpdateInstallHintTemplate = "Install it with: nuvrel models install %@",
         .modelRoleRouterLabel = "understands requests",
         .modelRoleSummaryLabel = "summaries",
+        .settingsUnknownKeyTemplate = "Unknown setting \"%@\" (nuvrel settings lists them all)",
+        .settingsInvalidValueTemplate = "\"%1$@\" is not a valid value for %2$@",
+        .keyStoreUnavailableMessage = "No key store answered (GNOME Keyring or KWallet): the key was not saved",
+        .diagnosticsPermissionAvailableValue = "available",
+        .diagnosticsPermissionUnavailableValue = "not available",
+        .diagnosticsNoClipboardMessage = "No clipboard tool found (wl-copy, xclip or xsel): the report is printed only",
     };
     // clang-format on
     return value;

@@ -468,6 +468,17 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .modelUpdateInstallHintTemplate = "インストールするには：nuvrel models install %@",
         .modelRoleRouterLabel = "リクエストの理解",
         .modelRoleSummaryLabel = "要約",
+        .settingsUnknownKeyTemplate =
+            "不明な設定「%@」です（nuvrel settings ですべて表示できます）",
+        .settingsInvalidValueTemplate = "「%1$@」は %2$@ に使えない値です",
+        .keyStoreUnavailableMessage =
+            "キーストア（GNOME Keyring または "
+            "KWallet）が応答しないため、キーを保存できませんでした",
+        .diagnosticsPermissionAvailableValue = "利用可能",
+        .diagnosticsPermissionUnavailableValue = "利用不可",
+        .diagnosticsNoClipboardMessage =
+            "クリップボードツール（wl-"
+            "copy、xclip、xsel）が見つからないため、レポートは表示のみです",
     };
     return value;
 }
