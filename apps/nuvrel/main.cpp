@@ -124,7 +124,7 @@ int main(int argc, char** argv) {
         }
     }
     if (auto query = environmentValue("NUVREL_DEBUG_QUERY");
-        query && command.verb != app::CommandLine::Verb::ask) {
+        query && command.verb == app::CommandLine::Verb::interactive) {
         command.verb = app::CommandLine::Verb::ask;
         command.options.sentence = *query;
     }
@@ -171,12 +171,9 @@ int main(int argc, char** argv) {
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.diagnostics = diagnostics;
     environment.languageOverride = command.options.language;
-    // The name alone, found without a line.
-    environment.defaultModelFileName =
-        llm::resolveModelPath(defaults->string(app::settingsKey::modelFile), llm::modelsDirectory(),
-                              llm::liveFileExists)
-            .path.filename()
-            .string();
+    // The name alone, found without a line; as the resolution, the interim file when none is.
+    environment.defaultModelFileName = app::modelFileInUse(*defaults, paths.modelsDirectory())
+                                           .value_or(std::string(llm::interimModelFileName));
     auto state = app::AppState::create(queue, environment);
     state->makePipeline = makePipeline;
 

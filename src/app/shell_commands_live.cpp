@@ -10,6 +10,7 @@
 #include "app/launch.h"
 #include "app/models_command.h"
 #include "app/settings_command.h"
+#include "app/settings_keys.h"
 #include "app/shell_commands.h"
 #include "base/paths.h"
 #include "llm/model_resolution.h"
@@ -42,8 +43,11 @@ std::optional<int> runLiveShellCommand(const CommandLine& command, const char* c
         };
         return runKeyCommand(command.key, keychain, read, strings, std::cout, std::cerr);
     }
-    const auto selected = modelFileInUse(store, llm::modelsDirectory())
-                              .value_or(std::string(llm::defaultModelFileName));
+    // As the panel shows it: the saved choice, else what the router would load.
+    const std::string selected =
+        store.string(settingsKey::modelFile)
+            .value_or(modelFileInUse(store, paths.modelsDirectory())
+                          .value_or(std::string(llm::interimModelFileName)));
     const std::string report = DiagnosticsReport::assemble(
         strings, selected,
         liveDiagnosticsProbes(appVersion, std::make_shared<base::HttpSession>(),

@@ -202,14 +202,14 @@ TEST(ShellProgram, ACalculatorSentenceAndExplainPrintOnlyTheirAnswerAndLeaveNoth
         return output;
     };
     EXPECT_EQ(run("explain --json '15% of 80'"),
-              "{\"step\":3,\"matcher\":\"CalculatorFastPath\",\"value\":{\"result\":\"12\"}}\n");
+              "{\"step\":3,\"matcher\":\"CalculatorFastPath\",\"value\":{\"result\":\"15% of 80 = 12\"}}\n");
     EXPECT_EQ(run("explain --json '아 오늘 진짜 피곤하다'"),
               "{\"step\":21,\"matcher\":\"router\"}\n");
     EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(home.path()),
                             std::filesystem::recursive_directory_iterator()),
               0);
     // A sentence the fast paths answer looks for no model file and says nothing about one.
-    EXPECT_EQ(run("ask 2+2"), "4\n");
+    EXPECT_EQ(run("ask 2+2"), "2 + 2 = 4\n");
 }
 
 }  // namespace

@@ -161,7 +161,7 @@ TEST_F(PersonalStepsTest, ExplainNamesTheStepThatRunThenTakesAndActsOnNothing) {
     const Case cases[] = {
         {"미리알림 타이머 취소", 1, "TimerFastPath", R"({"cancel":true})"},
         {"10분 타이머", 2, "TimerFastPath", R"({"displayText":"10분","seconds":600})"},
-        {"15% of 80", 3, "CalculatorFastPath", R"({"result":"12"})"},
+        {"15% of 80", 3, "CalculatorFastPath", R"({"result":"15% of 80 = 12"})"},
         {"100 dollars to won", 4, "CurrencyFastPath",
          R"({"amount":100.0,"from":"USD","to":"KRW"})"},
         {"weather in Paris", 5, "WeatherFastPath", R"({"place":"Paris"})"},
@@ -169,7 +169,7 @@ TEST_F(PersonalStepsTest, ExplainNamesTheStepThatRunThenTakesAndActsOnNothing) {
         {"delete the dentist event tomorrow", 11, "CalendarDeleteFastPath",
          R"({"dateToken":"tomorrow","keyword":"dentist"})"},
         {"remind me to call mom at 3pm", 15, "ReminderFastPath",
-         R"({"dateToken":"","hour":15,"minute":0,"title":"call mom"})"},
+         R"({"dateToken":"today","hour":15,"minute":0,"title":"call mom"})"},
         {"add event Dentist tomorrow at 3pm", 16, "CalendarAddEventFastPath",
          R"({"dateToken":"tomorrow","hour":15,"minute":0,"title":"Dentist"})"},
         {"help", 20, "HelpFastPath", "{}"},
