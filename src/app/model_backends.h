@@ -12,6 +12,7 @@
 #include "llm/embedding_backend.h"
 #include "llm/llama_server_manager.h"
 #include "llm/llm_backend.h"
+#include "wayfen/embedding_provider.h"
 
 namespace nuvrel::app {
 
@@ -40,5 +41,18 @@ struct EmbeddingBackendChoice {
 EmbeddingBackendChoice makeEmbeddingBackend(const std::filesystem::path& modelsDirectory,
                                             std::shared_ptr<base::HttpSession> session,
                                             const base::Diagnostics& diagnostics);
+
+// An embedding backend as the chunk selector asks for one.
+class EmbeddingBackendAdapter : public wayfen::EmbeddingProvider {
+public:
+    explicit EmbeddingBackendAdapter(std::shared_ptr<llm::EmbeddingBackend> backend)
+        : backend_(std::move(backend)) {}
+    std::vector<float> embed(const std::string& text, bool isQuery) const override {
+        return backend_->embed(text, isQuery);
+    }
+
+private:
+    std::shared_ptr<llm::EmbeddingBackend> backend_;
+};
 
 }  // namespace nuvrel::app

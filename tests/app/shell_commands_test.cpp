@@ -4,8 +4,8 @@
 #include <sys/wait.h>
 
 #include <chrono>
-#include <functional>
 #include <filesystem>
+#include <functional>
 #include <sstream>
 
 #include "app/app_test_support.h"
@@ -104,14 +104,15 @@ TEST(LazyLLMRuntime, IsMadeOnlyWhenASentenceReachesTheModel) {
     EXPECT_EQ(backend->calls.size(), 2u);
 }
 
+// Becomes any probe, one that fails.
+struct Failing {
+    template <class R, class... A>
+    operator std::function<R(A...)>() const {
+        return [](A...) -> R { throw DiagnosticsProbeError(); };
+    }
+};
+
 TEST(DiagnosticsReport, EveryLineStandsWhenEveryProbeFails) {
-    // Becomes any probe, one that fails.
-    struct Failing {
-        template <class R, class... A>
-        operator std::function<R(A...)>() const {
-            return [](A...) -> R { throw DiagnosticsProbeError(); };
-        }
-    };
     const Failing f;
     const DiagnosticsReport::Probes probes{f, f, f, f, f, f, f, f, f, f, f, f, f};
     const std::string report = DiagnosticsReport::assemble(
@@ -191,7 +192,7 @@ TEST(DiagnosticsReport, ModelsSizesServersAndHostsAreWrittenWithoutPersonalText)
 
 // The real program: what it prints, on which stream, and what it leaves in the home folder.
 TEST(ShellProgram, ACalculatorSentenceAndExplainPrintOnlyTheirAnswerAndLeaveNothing) {
-    test::TemporaryHome home;
+    nuvrel::test::TemporaryHome home;
     const auto run = [](const std::string& arguments) {
         // Standard error joins standard output, so that any line of it shows.
         nuvrel::test::HelperProcess nuvrel(
@@ -202,7 +203,8 @@ TEST(ShellProgram, ACalculatorSentenceAndExplainPrintOnlyTheirAnswerAndLeaveNoth
         return output;
     };
     EXPECT_EQ(run("explain --json '15% of 80'"),
-              "{\"step\":3,\"matcher\":\"CalculatorFastPath\",\"value\":{\"result\":\"15% of 80 = 12\"}}\n");
+              "{\"step\":3,\"matcher\":\"CalculatorFastPath\",\"value\":{\"result\":\"15% of 80 = "
+              "12\"}}\n");
     EXPECT_EQ(run("explain --json '아 오늘 진짜 피곤하다'"),
               "{\"step\":21,\"matcher\":\"router\"}\n");
     EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(home.path()),

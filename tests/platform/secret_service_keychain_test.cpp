@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <thread>
 
 #include "support/helper_process.h"
 #include "support/private_bus.h"
@@ -34,9 +35,18 @@ TEST(SecretServiceKeychain, KeepsOneKeyInTheKeyringAndSaysOnceWhenNoKeyStoreAnsw
          "printf test-password | exec gnome-keyring-daemon --unlock --components=secrets "
          "--foreground"});
     ASSERT_TRUE(keyring.readLine(10s)) << "gnome-keyring-daemon did not start";
-
-    EXPECT_EQ(keychain.secret(key), std::nullopt);
-    keychain.setSecret(key, "fc-123");
+    // It prints before it takes its name on the bus.
+    const auto until = std::chrono::steady_clock::now() + 10s;
+    while (true) {
+        try {
+            keychain.setSecret(key, "fc-123");
+            break;
+        } catch (const app::KeychainError&) {
+            ASSERT_LT(std::chrono::steady_clock::now(), until) << "no Secret Service";
+            std::this_thread::sleep_for(50ms);
+        }
+    }
+    EXPECT_EQ(keychain.secret(key), "fc-123");
     keychain.setSecret(key, "fc-456");  // the same item, updated: no duplicate
     EXPECT_EQ(keychain.secret(key), "fc-456");
     EXPECT_EQ(keychain.secret("anotherKey"), std::nullopt);

@@ -12,25 +12,27 @@
 namespace nuvrel::test {
 
 PrivateBus::PrivateBus() {
-    const auto config = std::filesystem::temp_directory_path() /
-                        ("nuvrel-private-bus-" + std::to_string(::getpid()) + ".conf");
-    std::ofstream(config) << "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
-                             "<policy context=\"default\"><allow send_destination=\"*\"/>"
-                             "<allow own=\"*\"/></policy></busconfig>\n";
+    config_ = std::filesystem::temp_directory_path() /
+              ("nuvrel-private-bus-" + std::to_string(::getpid()) + ".conf");
+    std::ofstream(config_) << "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+                              "<policy context=\"default\"><allow send_destination=\"*\" "
+                              "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
+                              "</policy></busconfig>\n";
     const std::string command =
-        "dbus-daemon --config-file=" + config.string() + " --fork --print-address=1 --print-pid=1";
+        "dbus-daemon --config-file=" + config_.string() + " --fork --print-address=1 --print-pid=1";
     FILE* out = ::popen(command.c_str(), "r");
     char line[512];
     if (out && std::fgets(line, sizeof line, out))
         address_ = std::string(line, std::strcspn(line, "\n"));
     if (out && std::fgets(line, sizeof line, out)) pid_ = std::atoi(line);
     if (out) ::pclose(out);
-    std::filesystem::remove(config);
     environment_.set("DBUS_SESSION_BUS_ADDRESS", address_.c_str());
 }
 
 PrivateBus::~PrivateBus() {
     if (pid_ > 0) ::kill(pid_, SIGTERM);
+    // The daemon reads its configuration again when the file changes: it goes last.
+    std::filesystem::remove(config_);
 }
 
 }  // namespace nuvrel::test

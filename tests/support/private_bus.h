@@ -3,6 +3,7 @@
 // nothing is started on demand (no key store, no notification daemon) unless the test starts
 // it. DBUS_SESSION_BUS_ADDRESS points at it while the object lives.
 
+#include <filesystem>
 #include <string>
 
 #include "support/environment_override.h"
@@ -19,6 +20,7 @@ public:
     const std::string& address() const { return address_; }
 
 private:
+    std::filesystem::path config_;
     std::string address_;
     int pid_ = 0;
     EnvironmentOverride environment_;
