@@ -13,16 +13,23 @@
 #include "app/command_line.h"
 #include "app/debug_log.h"
 #include "app/install_server_command.h"
+#include "app/interface_language.h"
 #include "app/json_settings_store.h"
 #include "app/launch.h"
+#include "app/lazy_llm_runtime.h"
 #include "app/models_command.h"
 #include "app/netlog_command.h"
+#include "app/settings_catalog.h"
+#include "app/settings_keys.h"
+#include "app/shell_commands.h"
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "llm/model_resolution.h"
 #include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/detached_timer_center.h"
 #include "platform/linux/geoclue_location_provider.h"
+#include "platform/linux/secret_service_keychain.h"
 
 extern char** environ;
 
@@ -91,7 +98,7 @@ int main(int argc, char** argv) {
     }
     const auto parsed = app::parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (const auto* error = std::get_if<app::UsageError>(&parsed)) {
-        std::cerr << "nuvrel: " << error->message << "\n\n" << app::usageText();
+        std::cerr << "nuvrel: " << error->message << "\nTry 'nuvrel --help' for more.\n";
         return app::exitUsage;
     }
     app::CommandLine command = std::get<app::CommandLine>(parsed);
@@ -115,13 +122,14 @@ int main(int argc, char** argv) {
         return app::runLiveModelsCommand(command.models, environ, NUVREL_VERSION, routerPort(),
                                          std::cout, std::cerr);
     }
+    if (auto status = app::runLiveShellCommand(command, environ, NUVREL_VERSION)) return *status;
     if (!command.options.language) {
         if (auto lang = environmentValue("NUVREL_DEBUG_LANG")) {
             command.options.language = core::appLanguageFromRawValue(*lang);
         }
     }
     if (auto query = environmentValue("NUVREL_DEBUG_QUERY");
-        query && command.verb != app::CommandLine::Verb::ask) {
+        query && command.verb == app::CommandLine::Verb::interactive) {
         command.verb = app::CommandLine::Verb::ask;
         command.options.sentence = *query;
     }
@@ -138,26 +146,41 @@ int main(int argc, char** argv) {
     const base::Diagnostics diagnostics(base::standardErrorSink());
     const auto paths = base::XdgPaths::fromEnvironment();
     auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile(), diagnostics);
+    app::reportMistypedSettings(*defaults, diagnostics);
+    auto httpSession = std::make_shared<base::HttpSession>();
+    // The model files are looked for, and the servers made, on the first sentence that needs
+    // them.
+    auto runtime = std::make_shared<app::LazyLLMRuntime>([defaults, httpSession, diagnostics] {
+        return app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort());
+    });
+    app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
+    launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
+                                                                  paths.networkActivityFile());
+    launch.keychain = std::make_shared<platform::SecretServiceKeychain>(diagnostics);
+    launch.session = httpSession;
+    launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
+    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
+    launch.diagnostics = diagnostics;
+    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
+    const auto makePipeline = app::makePipelineFactory(launch);
+    if (command.verb == app::CommandLine::Verb::explain) {
+        const auto language = app::interfaceLanguage(
+            command.options.language, *defaults, app::preferredLanguagesFromEnvironment(environ));
+        return app::runExplainCommand(command.options.sentence, command.options.json, language,
+                                      makePipeline, std::cout);
+    }
+
     app::AppState::Environment environment;
     environment.userDefaults = defaults;
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.diagnostics = diagnostics;
     environment.languageOverride = command.options.language;
-    auto httpSession = std::make_shared<base::HttpSession>();
-    auto runtime = std::make_shared<app::LLMRuntime>(
-        app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort()));
-    environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
+    // The name alone, found without a line; as the resolution, the interim file when none is.
+    environment.defaultModelFileName = app::modelFileInUse(*defaults, paths.modelsDirectory())
+                                           .value_or(std::string(llm::interimModelFileName));
     auto state = app::AppState::create(queue, environment);
-    app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
-    launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
-                                                                  paths.networkActivityFile());
-    launch.session = httpSession;
-    launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
-    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
-    launch.diagnostics = diagnostics;
-    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
-    state->makePipeline = app::makePipelineFactory(launch);
+    state->makePipeline = makePipeline;
 
     app::TerminalSession session(queue, state, std::cout, command.options.json);
     session.noModelInstalled = [&paths] {

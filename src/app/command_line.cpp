@@ -90,6 +90,40 @@ std::optional<UsageError> parseOptions(const std::vector<std::string>& args, std
     return std::nullopt;
 }
 
+// settings, key and diagnostics; nothing for another verb.
+std::optional<std::variant<CommandLine, UsageError>> parseMaintenanceVerb(
+    const std::vector<std::string>& args, CommandLine line) {
+    if (args.empty()) return std::nullopt;
+    if (args[0] == "settings") {
+        auto parsed = parseSettingsArguments(args);
+        if (auto* error = std::get_if<std::string>(&parsed)) return UsageError{*error};
+        line.verb = CommandLine::Verb::settings;
+        line.settings = std::get<SettingsOptions>(parsed);
+        return line;
+    }
+    if (args[0] == "key") {
+        auto parsed = parseKeyArguments(args);
+        if (auto* error = std::get_if<std::string>(&parsed)) return UsageError{*error};
+        line.verb = CommandLine::Verb::key;
+        line.key = std::get<KeyOptions>(parsed);
+        return line;
+    }
+    if (args[0] == "diagnostics") {
+        for (std::size_t i = 1; i < args.size(); ++i) {
+            if (args[i] == "--copy") {
+                line.copyDiagnostics = true;
+            } else if (isOption(args[i], "--lang")) {
+                if (auto error = parseLanguage(args, i, line.options.language)) return *error;
+            } else {
+                return UsageError{"diagnostics does not take \"" + args[i] + "\""};
+            }
+        }
+        line.verb = CommandLine::Verb::diagnostics;
+        return line;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& args) {
@@ -129,7 +163,9 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         line.verb = CommandLine::Verb::netlog;
         return line;
     }
-    const bool ask = !args.empty() && args[0] == "ask";
+    if (auto maintenance = parseMaintenanceVerb(args, line)) return *maintenance;
+    const bool explain = !args.empty() && args[0] == "explain";
+    const bool ask = !args.empty() && (args[0] == "ask" || explain);
     if (!ask && !args.empty() && args[0].rfind("-", 0) != 0) {
         return UsageError{"unknown command \"" + args[0] + "\""};
     }
@@ -143,8 +179,9 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     line.options.sentence = base::text::nfc(base::text::trim(sentence));
     if (ask) {
         if (line.options.sentence.empty())
-            return UsageError{"ask needs a sentence, e.g. nuvrel ask \"15% of 80\""};
-        line.verb = CommandLine::Verb::ask;
+            return UsageError{args[0] + " needs a sentence, e.g. nuvrel " + args[0] +
+                              " \"15% of 80\""};
+        line.verb = explain ? CommandLine::Verb::explain : CommandLine::Verb::ask;
     } else if (!words.empty()) {
         return UsageError{"a sentence goes after ask: nuvrel ask \"" + line.options.sentence +
                           "\""};
@@ -167,6 +204,19 @@ Usage:
                                             (X11 through xclip, Wayland through wl-paste)
   nuvrel install-server                     build the local model server if it is missing
                                             (ten minutes or more, once) and print its path
+  nuvrel explain [--json] [--lang L] [--] <sentence...>
+                                            say which step would answer the sentence and
+                                            what it understood, without doing anything
+  nuvrel settings [--json]                  list every setting with its value and default
+  nuvrel settings set KEY VALUE             change a setting (checked first)
+  nuvrel settings unset KEY                 go back to the default
+  nuvrel key set firecrawl                  keep your Firecrawl API key in the desktop's
+                                            key store (GNOME Keyring, KWallet); read from
+                                            standard input, not shown
+  nuvrel key remove firecrawl               forget it
+  nuvrel diagnostics [--copy]               print a report to paste into a problem report
+                                            (no searches, notes or file names); --copy
+                                            also puts it on the clipboard
   nuvrel --help | --version
 
 Options:
@@ -177,6 +227,13 @@ Options:
                        reminder, a note or a file; sending a message) without asking
   --                   end of options: what follows is the sentence ("-2^2")
   --limit N            netlog: show at most N requests, newest first (default 50)
+
+Examples:
+  nuvrel ask "15% of 80"               nuvrel ask "weather in Seoul"
+  nuvrel ask "100 dollars in won"      nuvrel ask "10분 타이머"
+  nuvrel ask "open Firefox"            nuvrel ask "find report.pdf"
+  nuvrel explain --json "delete the meeting tomorrow"
+  nuvrel settings set searxngEndpoint https://searx.example.org
 
 Exit status: 0 for a result, 1 for an error, 2 for bad usage, 3 when something that
 needs confirmation was not carried out, 130 when cancelled.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/models_options.h"
+#include "app/settings_command.h"
 #include "core/app_language.h"
 
 namespace nuvrel::app {
@@ -28,11 +29,28 @@ struct NetlogOptions {
 };
 
 struct CommandLine {
-    enum class Verb { ask, interactive, netlog, installServer, help, version, models };
+    enum class Verb {
+        ask,
+        interactive,
+        netlog,
+        installServer,
+        help,
+        version,
+        models,
+        explain,
+        settings,
+        key,
+        diagnostics,
+    };
     Verb verb = Verb::interactive;
-    AskOptions options;  // ask; interactive takes --lang, --json, --no-network and --yes too
+    AskOptions
+        options;  // ask and explain; interactive takes --lang, --json, --no-network and --yes too
     NetlogOptions netlog;
     ModelsOptions models;
+    SettingsOptions settings;
+    KeyOptions key;
+    // diagnostics --copy: also put the report on the clipboard.
+    bool copyDiagnostics = false;
 };
 
 struct UsageError {

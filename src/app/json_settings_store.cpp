@@ -12,8 +12,15 @@ namespace nuvrel::app {
 namespace {
 
 nlohmann::json readObject(const std::filesystem::path& file, const base::Diagnostics& diagnostics) {
-    const auto bytes = base::readFile(file);
-    if (!bytes) return nlohmann::json::object();
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found) return nlohmann::json::object();
+    const auto bytes =
+        status.type() == std::filesystem::file_type::regular ? base::readFile(file) : std::nullopt;
+    if (!bytes) {
+        diagnostics.event("settings file " + file.string() + " cannot be read; starting empty");
+        return nlohmann::json::object();
+    }
     auto parsed = nlohmann::json::parse(*bytes, nullptr, /*allow_exceptions=*/false);
     if (!parsed.is_object()) {
         if (!bytes->empty())

@@ -5,6 +5,7 @@
 
 #include "answers/web_search_capability.h"
 #include "app/information_wiring.h"
+#include "app/lazy_llm_runtime.h"
 #include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "base/paths.h"
@@ -204,23 +205,28 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect()),
             desktopData = DesktopData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
-        pipeline->router.backend = runtime->routingBackend;
-        pipeline->router.interimPrompt = runtime->isInterimModel;
-        pipeline->router.appLaunchIntent = pipeline::RouterPrompt::supportsAppLaunch(
-            runtime->manager->modelPath().filename().string());
+        auto routing =
+            std::make_shared<LazyRuntimeBackend>(runtime, LazyRuntimeBackend::Role::routing);
+        auto summary =
+            std::make_shared<LazyRuntimeBackend>(runtime, LazyRuntimeBackend::Role::summary);
+        pipeline->router.backend = routing;
+        pipeline->router.promptFlags = [runtime] {
+            const LLMRuntime& made = runtime->get();
+            return pipeline::Router::PromptFlags{
+                made.isInterimModel, pipeline::RouterPrompt::supportsAppLaunch(
+                                         made.manager->modelPath().filename().string())};
+        };
         pipeline->language = language;
-        pipeline->summarizer = runtime->summaryBackend;
+        pipeline->summarizer = summary;
         pipeline->diagnostics = diagnostics;
         pipeline->debugSlotsLogging = debugSlots;
         auto webSearch = std::make_shared<answers::WebSearchCapability>();
         webSearch->language = language;
         webSearch->transport = web.transport;
-        webSearch->summarizer = runtime->summaryBackend;
+        webSearch->summarizer = summary;
         webSearch->pageFetcher = web.pageFetcher;
         webSearch->diagnostics = diagnostics;
-        if (runtime->embeddingBackend)
-            webSearch->embeddingBackend =
-                std::make_shared<EmbeddingBackendAdapter>(runtime->embeddingBackend);
+        webSearch->embeddingBackend = std::make_shared<LazyEmbeddingProvider>(runtime);
         addPersonalData(*pipeline, personalData, *defaults);
         addDesktop(*pipeline, desktopData);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(

@@ -54,9 +54,12 @@ struct LLMRuntime {
     void stopServers() const;
 };
 
+class LazyLLMRuntime;
+
 struct LaunchSettings {
     std::shared_ptr<SettingsStoring> userDefaults;
-    std::shared_ptr<LLMRuntime> runtime;
+    // Made on the first sentence that needs a model.
+    std::shared_ptr<LazyLLMRuntime> runtime;
     // --no-network: off for this process whatever the saved setting says.
     bool networkForbidden = false;
     // The process's one record of outbound requests; without one, web requests are noted in

@@ -1,5 +1,6 @@
 #include "app/web_retrieval.h"
 
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -85,6 +86,25 @@ wayfen::WebSearchTransportPtr wikipedia(const WebRetrievalSettings& settings) {
     return logged(std::move(transport), std::string(wayfen::WikipediaTransport::domain), settings);
 }
 
+// The chain, folded at the first search: the key store is asked for the Firecrawl key only
+// when a sentence searches the web, so that no other sentence waits on it.
+class ChainOnFirstSearch : public wayfen::WebSearchTransport {
+public:
+    explicit ChainOnFirstSearch(WebRetrievalSettings settings) : settings_(std::move(settings)) {}
+
+    std::string fetchResultsHTML(const std::string& query) const override {
+        std::call_once(folded_, [this] {
+            chain_ = wayfen::foldIntoFallbackChain(webSearchChainMembers(settings_));
+        });
+        return chain_->fetchResultsHTML(query);
+    }
+
+private:
+    WebRetrievalSettings settings_;
+    mutable std::once_flag folded_;
+    mutable wayfen::WebSearchTransportPtr chain_;
+};
+
 }  // namespace
 
 WebServiceEndpoints WebServiceEndpoints::publicServices() {
@@ -111,7 +131,7 @@ WebRetrieval WebRetrieval::make(const WebRetrievalSettings& settings) {
     auto pages = std::make_shared<wayfen::URLSessionPageTransport>(
         nullptr, pageTimeout, wayfen::URLSessionPageTransport::defaultUserAgent, pageMaxBytes);
     return WebRetrieval{
-        .transport = wayfen::foldIntoFallbackChain(webSearchChainMembers(settings)),
+        .transport = std::make_shared<ChainOnFirstSearch>(settings),
         .pageFetcher = wayfen::PageFetcher{
             .transport = std::make_shared<LoggingPageTransport>(std::move(pages), settings.log),
             .timeout = pageTimeout,

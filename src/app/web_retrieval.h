@@ -44,7 +44,8 @@ struct WebRetrievalSettings {
 
 struct WebRetrieval {
     // Tried in order: Tavily; Firecrawl with the user's key; the user's SearXNG server;
-    // Wikipedia, which never fails, so that an offline query ends with an empty page.
+    // Wikipedia, which never fails, so that an offline query ends with an empty page. Folded
+    // at the first search.
     wayfen::WebSearchTransportPtr transport;
     // 3.5 s and 1.5 MiB per page, three pages at most, no unsafe destination.
     wayfen::PageFetcher pageFetcher;

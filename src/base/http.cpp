@@ -495,8 +495,9 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
     checkCancellation();
 
     using Clock = std::chrono::steady_clock;
-    const std::optional<Clock::time_point> deadline =
-        request.timeout.count() > 0 ? std::optional(Clock::now() + request.timeout) : std::nullopt;
+    // A zero time-out sets no deadline.
+    const bool hasDeadline = request.timeout.count() > 0;
+    const Clock::time_point deadline = Clock::now() + request.timeout;
 
     struct Lease {
         Impl& session;
@@ -522,9 +523,9 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
                             hop.url.empty() ? "empty URL" : "not an HTTP URL: " + hop.url.text());
         }
         std::chrono::milliseconds timeout{0};
-        if (deadline) {
+        if (hasDeadline) {
             timeout =
-                std::chrono::duration_cast<std::chrono::milliseconds>(*deadline - Clock::now());
+                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
             if (timeout.count() <= 0) {
                 throw HttpError(HttpError::Kind::timedOut, "time-out before " + hop.url.text());
             }

@@ -178,8 +178,8 @@ std::optional<Url> Url::parse(std::string_view text) {
     if (writtenPort && portNumber(writtenPort) == std::nullopt) return std::nullopt;  // port 0
     url.port_ = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_NO_DEFAULT_PORT));
     url.effectivePort_ = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT));
-    url.path_ = getPart(handle.get(), CURLUPART_PATH).value_or("");
-    if (url.path_.empty()) url.path_ = "/";
+    std::string path = getPart(handle.get(), CURLUPART_PATH).value_or("");
+    url.path_ = path.empty() ? std::string(1, '/') : std::move(path);
     url.query_ = nonEmpty(getPart(handle.get(), CURLUPART_QUERY));
     url.fragment_ = nonEmpty(getPart(handle.get(), CURLUPART_FRAGMENT));
     if (url.text_.empty() || url.scheme_.empty()) return std::nullopt;

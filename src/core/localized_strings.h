@@ -384,7 +384,13 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(messageNoMailClientMessage)                  \
     TEXT(musicNoPlayerMessage)                        \
     TEXT(musicCannotSearchMessage)                    \
-    TEXT(messageRecipientAmbiguousTemplate)
+    TEXT(messageRecipientAmbiguousTemplate)           \
+    TEXT(settingsUnknownKeyTemplate)                  \
+    TEXT(settingsInvalidValueTemplate)                \
+    TEXT(keyStoreUnavailableMessage)                  \
+    TEXT(diagnosticsPermissionAvailableValue)         \
+    TEXT(diagnosticsPermissionUnavailableValue)       \
+    TEXT(diagnosticsNoClipboardMessage)
 
 struct LocalizedStrings {
 #define NUVREL_DECLARE_TEXT(name) LocalizedText name;

@@ -394,6 +394,12 @@ const LocalizedStrings& LocalizedStrings::en() {
         .musicNoPlayerMessage = "No media player is running",
         .musicCannotSearchMessage = "This player can't search for music",
         .messageRecipientAmbiguousTemplate = "Several contacts match: %@",
+        .settingsUnknownKeyTemplate = "Unknown setting \"%@\" (nuvrel settings lists them all)",
+        .settingsInvalidValueTemplate = "\"%1$@\" is not a valid value for %2$@",
+        .keyStoreUnavailableMessage = "No key store answered (GNOME Keyring or KWallet): the key was not saved",
+        .diagnosticsPermissionAvailableValue = "available",
+        .diagnosticsPermissionUnavailableValue = "not available",
+        .diagnosticsNoClipboardMessage = "No clipboard tool found (wl-copy, xclip or xsel): the report is printed only",
     };
     // clang-format on
     return value;

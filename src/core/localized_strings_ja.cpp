@@ -475,6 +475,17 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .musicNoPlayerMessage = "実行中のメディアプレーヤーがありません",
         .musicCannotSearchMessage = "このプレーヤーは音楽を検索できません",
         .messageRecipientAmbiguousTemplate = "複数の連絡先が一致します：%@",
+        .settingsUnknownKeyTemplate =
+            "不明な設定「%@」です（nuvrel settings ですべて表示できます）",
+        .settingsInvalidValueTemplate = "「%1$@」は %2$@ に使えない値です",
+        .keyStoreUnavailableMessage =
+            "キーストア（GNOME Keyring または "
+            "KWallet）が応答しないため、キーを保存できませんでした",
+        .diagnosticsPermissionAvailableValue = "利用可能",
+        .diagnosticsPermissionUnavailableValue = "利用不可",
+        .diagnosticsNoClipboardMessage =
+            "クリップボードツール（wl-"
+            "copy、xclip、xsel）が見つからないため、レポートは表示のみです",
     };
     return value;
 }

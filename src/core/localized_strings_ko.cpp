@@ -456,6 +456,15 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .musicNoPlayerMessage = "실행 중인 미디어 플레이어가 없습니다",
         .musicCannotSearchMessage = "이 플레이어는 음악을 검색할 수 없습니다",
         .messageRecipientAmbiguousTemplate = "여러 연락처가 일치합니다: %@",
+        .settingsUnknownKeyTemplate =
+            "알 수 없는 설정 \"%@\" (nuvrel settings에서 모든 설정을 볼 수 있어요)",
+        .settingsInvalidValueTemplate = "\"%1$@\"은(는) %2$@에 쓸 수 없는 값이에요",
+        .keyStoreUnavailableMessage =
+            "키 저장소(GNOME Keyring 또는 KWallet)가 응답하지 않아 키를 저장하지 못했어요",
+        .diagnosticsPermissionAvailableValue = "사용 가능",
+        .diagnosticsPermissionUnavailableValue = "사용 불가",
+        .diagnosticsNoClipboardMessage =
+            "클립보드 도구(wl-copy, xclip, xsel)가 없어 보고서를 출력만 했어요",
     };
     return value;
 }

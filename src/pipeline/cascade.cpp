@@ -3,6 +3,7 @@
 // landed yet keeps its place and lets every query go on.
 
 #include <array>
+#include <cstddef>
 #include <string>
 
 #include "answers/calculator_fast_path.h"
@@ -40,6 +41,17 @@ struct Pipeline::StepInput {
     // HelpFastPath::normalize of the query: the key of every phrase table.
     std::string normalized;
     const core::LocalizedStrings& strings;
+    // Set when the cascade only explains. A step that matches then returns claim(...) right
+    // after its match, before it acts on anything.
+    std::optional<CascadeClaim>* explanation = nullptr;
+
+    bool explaining() const { return explanation != nullptr; }
+    // Records the claim; the outcome only stops the cascade and is never shown.
+    std::optional<core::PipelineOutcome> claim(
+        std::string matcher, nlohmann::json value = nlohmann::json::object()) const {
+        *explanation = CascadeClaim{CascadeClaim::routerStep, std::move(matcher), std::move(value)};
+        return core::PipelineOutcome::cancelled();
+    }
 };
 
 struct Pipeline::CascadeStep {
@@ -49,7 +61,8 @@ struct Pipeline::CascadeStep {
 };
 
 std::optional<core::PipelineOutcome> Pipeline::runCascade(
-    std::string_view query, const core::LocalizedStrings& strings) const {
+    std::string_view query, const core::LocalizedStrings& strings,
+    std::optional<CascadeClaim>* explanation) const {
     // The cascade, in its fixed order.
     static constexpr std::array<CascadeStep, 20> cascade = {{
         {&Pipeline::timerCancelStep, false},       // 1
@@ -74,12 +87,21 @@ std::optional<core::PipelineOutcome> Pipeline::runCascade(
         {&Pipeline::helpStep, false},              // 20
     }};
 
-    const StepInput input{query, HelpFastPath::normalize(query), strings};
-    for (const CascadeStep& entry : cascade) {
-        if (entry.live && !liveFastPathsEnabled) continue;
-        if (auto outcome = (this->*entry.step)(input)) return outcome;
+    const StepInput input{query, HelpFastPath::normalize(query), strings, explanation};
+    for (std::size_t index = 0; index < cascade.size(); ++index) {
+        if (cascade[index].live && !liveFastPathsEnabled) continue;
+        if (auto outcome = (this->*cascade[index].step)(input)) {
+            if (explanation && *explanation) (*explanation)->step = static_cast<int>(index) + 1;
+            return outcome;
+        }
     }
     return std::nullopt;
+}
+
+CascadeClaim Pipeline::explain(std::string_view query) const {
+    std::optional<CascadeClaim> claim;
+    runCascade(query, core::LocalizedStrings::strings(language), &claim);
+    return claim.value_or(CascadeClaim{});
 }
 
 // Steps whose feature has not landed match nothing yet.
@@ -87,6 +109,7 @@ std::optional<core::PipelineOutcome> Pipeline::runCascade(
 std::optional<core::PipelineOutcome> Pipeline::timerCancelStep(const StepInput& input) const {
     if (!timerCapability.notificationCenter || !personal::TimerFastPath::matchCancel(input.query))
         return std::nullopt;
+    if (input.explaining()) return input.claim("TimerFastPath", {{"cancel", true}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return timerCapability.cancelAll(); });
 }
@@ -95,6 +118,9 @@ std::optional<core::PipelineOutcome> Pipeline::timerSetStep(const StepInput& inp
     if (!timerCapability.notificationCenter) return std::nullopt;
     const auto request = personal::TimerFastPath::match(input.query);
     if (!request) return std::nullopt;
+    if (input.explaining())
+        return input.claim("TimerFastPath", {{"seconds", request->durationSeconds},
+                                             {"displayText", request->displayText}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return timerCapability.execute(*request); });
 }
@@ -105,12 +131,17 @@ std::optional<core::PipelineOutcome> Pipeline::calculatorStep(const StepInput& i
     if (!answer) answer = calc::matchArithmetic(input.query);
     if (!answer) answer = calc::matchUnitConversion(input.query);
     if (!answer) return std::nullopt;
+    if (input.explaining()) return input.claim("CalculatorFastPath", {{"result", answer->display}});
     return core::PipelineOutcome::result(core::CapabilityResult::Calculation{answer->display});
 }
 
 std::optional<core::PipelineOutcome> Pipeline::currencyStep(const StepInput& input) const {
     const auto request = CurrencyFastPath::match(input.query);
     if (!request) return std::nullopt;
+    if (input.explaining())
+        return input.claim("CurrencyFastPath", {{"amount", request->amount},
+                                                {"from", answers::rawValue(request->from)},
+                                                {"to", answers::rawValue(request->to)}});
     if (!networkFeaturesEnabled)
         return core::PipelineOutcome::error(networkFeaturesOfflineError(input.strings));
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
@@ -121,6 +152,10 @@ std::optional<core::PipelineOutcome> Pipeline::currencyStep(const StepInput& inp
 std::optional<core::PipelineOutcome> Pipeline::weatherStep(const StepInput& input) const {
     const auto target = WeatherFastPath::match(input.query);
     if (!target) return std::nullopt;
+    if (input.explaining())
+        return input.claim("WeatherFastPath", target->name()
+                                                  ? nlohmann::json{{"place", *target->name()}}
+                                                  : nlohmann::json{{"currentLocation", true}});
     if (!networkFeaturesEnabled)
         return core::PipelineOutcome::error(networkFeaturesOfflineError(input.strings));
     answers::WeatherCapability weather;
@@ -160,6 +195,7 @@ std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput& in
 std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInput& input) const {
     const auto name = DocumentSummarizeFastPath::match(input.query);
     if (!name) return std::nullopt;
+    if (input.explaining()) return input.claim("DocumentSummarizeFastPath", {{"fileName", *name}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return answers::DocumentSummarizeCapability::execute(*name, language, summarizer.get(),
                                                              findDocument, extractDocumentText);
@@ -169,6 +205,9 @@ std::optional<core::PipelineOutcome> Pipeline::documentSummaryStep(const StepInp
 std::optional<core::PipelineOutcome> Pipeline::translationStep(const StepInput& input) const {
     const auto candidate = TranslateFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim("TranslateFastPath", {{"text", candidate->text},
+                                                 {"targetLanguage", candidate->targetLanguage}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return answers::TranslateCapability::execute(*candidate, language, summarizer.get());
     });
@@ -186,6 +225,8 @@ std::optional<core::PipelineOutcome> Pipeline::reminderDeletionStep(const StepIn
     if (!reminderStore) return std::nullopt;
     const auto candidate = personal::ReminderDeleteFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim("ReminderDeleteFastPath", {{"keyword", candidate->keyword}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return reminderCapabilityOf(*this).findCandidates(*candidate); });
 }
@@ -194,6 +235,9 @@ std::optional<core::PipelineOutcome> Pipeline::calendarDeletionStep(const StepIn
     if (!calendarStore) return std::nullopt;
     const auto candidate = personal::CalendarDeleteFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim("CalendarDeleteFastPath",
+                           {{"dateToken", candidate->dateToken}, {"keyword", candidate->keyword}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return calendarDeleteCapabilityOf(*this).findCandidates(*candidate);
     });
@@ -230,6 +274,13 @@ std::optional<core::PipelineOutcome> Pipeline::reminderStep(const StepInput& inp
     if (!reminderStore) return std::nullopt;
     const auto candidate = personal::ReminderFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim(
+            "ReminderFastPath",
+            {{"title", candidate->title},
+             {"dateToken", candidate->dateToken},
+             {"hour", candidate->hour ? nlohmann::json(*candidate->hour) : nlohmann::json()},
+             {"minute", candidate->minute}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return reminderCapabilityOf(*this).execute(*candidate); });
 }
@@ -238,6 +289,13 @@ std::optional<core::PipelineOutcome> Pipeline::calendarAddStep(const StepInput& 
     if (!calendarStore) return std::nullopt;
     const auto candidate = personal::CalendarAddEventFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim(
+            "CalendarAddEventFastPath",
+            {{"title", candidate->title},
+             {"dateToken", candidate->dateToken},
+             {"hour", candidate->hour ? nlohmann::json(*candidate->hour) : nlohmann::json()},
+             {"minute", candidate->minute}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return calendarAddCapabilityOf(*this).execute(*candidate); });
 }
@@ -275,6 +333,7 @@ std::optional<core::PipelineOutcome> Pipeline::helpStep(const StepInput& input) 
     if (!HelpFastPath::phrases().contains(input.normalized) &&
         !HelpFastPath::koreanPattern().search(input.normalized))
         return std::nullopt;
+    if (input.explaining()) return input.claim("HelpFastPath");
     return core::PipelineOutcome::result(core::CapabilityResult::HelpOverview{});
 }
 

@@ -42,6 +42,7 @@
 #include "personal/notes_capability.h"
 #include "personal/reminder_store.h"
 #include "personal/timer_capability.h"
+#include "pipeline/cascade_claim.h"
 #include "pipeline/date_time_expression.h"
 #include "pipeline/pipeline_running.h"
 #include "pipeline/router.h"
@@ -109,6 +110,10 @@ public:
     // outcome cancelled. The query is taken as given, untrimmed.
     core::PipelineOutcome run(std::string_view query) const override;
 
+    // The step that would claim the query, found as run() finds it but acting on nothing: no
+    // side effect, no model call, no network. The router when no fast path claims it.
+    CascadeClaim explain(std::string_view query) const;
+
     // The steps of a multi-request sentence, split by the summary model in this pipeline's
     // language; nothing for a single request or without a summary model.
     std::optional<std::vector<std::string>> decomposeIfChain(std::string_view query) const override;
@@ -170,8 +175,10 @@ private:
     std::optional<core::PipelineOutcome> routedWeather(const core::RoutedIntent& routed,
                                                        const core::LocalizedStrings& strings) const;
 
-    std::optional<core::PipelineOutcome> runCascade(std::string_view query,
-                                                    const core::LocalizedStrings& strings) const;
+    // With `explanation`, a claiming step fills it in and acts on nothing.
+    std::optional<core::PipelineOutcome> runCascade(
+        std::string_view query, const core::LocalizedStrings& strings,
+        std::optional<CascadeClaim>* explanation = nullptr) const;
     core::PipelineOutcome runRouted(std::string_view query,
                                     const core::LocalizedStrings& strings) const;
     core::PipelineOutcome validatedOutcome(const core::RoutedIntent& routed, std::string_view query,

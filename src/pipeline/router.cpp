@@ -48,10 +48,11 @@ Router::Detailed failed(core::RouteFailure failure) {
 }  // namespace
 
 Router::Detailed Router::routeDetailed(std::string_view query) const {
-    const std::string& system = RouterPrompt::system(interimPrompt, appLaunchIntent);
-    const std::string_view schema = RouterPrompt::schema(appLaunchIntent);
-
     if (base::isCancelled()) return failed(core::RouteFailure::cancelled);
+    const PromptFlags flags =
+        promptFlags ? promptFlags() : PromptFlags{interimPrompt, appLaunchIntent};
+    const std::string& system = RouterPrompt::system(flags.interimPrompt, flags.appLaunchIntent);
+    const std::string_view schema = RouterPrompt::schema(flags.appLaunchIntent);
 
     Attempt first = attempt(backend.get(), system, query, schema);
     if (auto* routed = std::get_if<core::RoutedIntent>(&first)) return {std::move(*routed), {}};

@@ -2,6 +2,7 @@
 // Classifies one query into an intent with slots by asking the on-device model. It never
 // throws: every failure comes back beside the empty intent.
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +27,13 @@ struct Router {
     bool interimPrompt = false;
     // Offer "app.launch" in prompt and schema. Replies naming it decode either way.
     bool appLaunchIntent = false;
+    // When set, gives the two flags above at each call instead: the model file, which decides
+    // them, may be found only once a sentence reaches the router.
+    struct PromptFlags {
+        bool interimPrompt = false;
+        bool appLaunchIntent = false;
+    };
+    std::function<PromptFlags()> promptFlags{};
 
     // Blocks on the caller's task for at most two model calls: output that is unusable or a
     // failed call is retried exactly once, unchanged; input too long is never retried. A task

@@ -46,6 +46,26 @@ TEST(CommandLine, BadUsageIsExplained) {
     EXPECT_EQ(parsed({"--version"}).verb, CommandLine::Verb::version);
 }
 
+TEST(CommandLine, ExplainSettingsKeyAndDiagnosticsTakeTheirOwnWords) {
+    const auto explain = parsed({"explain", "--json", "15%", "of", "80"});
+    EXPECT_EQ(explain.verb, CommandLine::Verb::explain);
+    EXPECT_TRUE(explain.options.json);
+    EXPECT_EQ(explain.options.sentence, "15% of 80");
+    EXPECT_NE(usageError({"explain"}).find("explain needs a sentence"), std::string::npos);
+    const auto set = parsed({"settings", "set", "lang", "ko"});
+    EXPECT_EQ(set.settings.action, SettingsOptions::Action::set);
+    EXPECT_EQ(set.settings.key + "=" + set.settings.value, "lang=ko");
+    EXPECT_EQ(parsed({"settings", "unset", "lang"}).settings.action,
+              SettingsOptions::Action::unset);
+    EXPECT_EQ(parsed({"key", "remove", "firecrawl"}).key.action, KeyOptions::Action::remove);
+    EXPECT_TRUE(parsed({"diagnostics", "--copy"}).copyDiagnostics);
+    EXPECT_EQ(parsed({"settings", "--help"}).verb, CommandLine::Verb::help);
+    for (std::vector<std::string> bad : {std::vector<std::string>{"settings", "set", "lang"},
+                                         {"key", "set", "tavily"},
+                                         {"diagnostics", "--all"}})
+        EXPECT_FALSE(usageError(bad).empty());
+}
+
 TEST(CommandLine, InstallServerTakesNothingButHelp) {
     EXPECT_EQ(parsed({"install-server"}).verb, CommandLine::Verb::installServer);
     EXPECT_EQ(parsed({"install-server", "--help"}).verb, CommandLine::Verb::help);

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <thread>
 #include <vector>
 
+#include "app/settings_catalog.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "support/recording_sink.h"
@@ -33,8 +35,11 @@ TEST_F(JsonSettingsStoreFile, ADamagedFileReadsAsEmptyAndIsReplacedOnTheNextWrit
     for (const std::string damaged :
          {"{\"lang\": \"ko\"", "[1, 2]", "\"ko\"", "", "\xff\xfe{}", "null"}) {
         writeRaw(damaged);
-        JsonSettingsStore store(file);
+        test::RecordedDiagnostics recorded;
+        JsonSettingsStore store(file, recorded.diagnostics);
         EXPECT_FALSE(store.contains("lang")) << damaged;
+        EXPECT_EQ(std::ranges::count(recorded.sink->text(), '\n'), damaged.empty() ? 0 : 1)
+            << damaged;
         store.set("lang", "ja");
         EXPECT_EQ(onDisk(), (nlohmann::json{{"lang", "ja"}})) << damaged;
     }
@@ -42,6 +47,13 @@ TEST_F(JsonSettingsStoreFile, ADamagedFileReadsAsEmptyAndIsReplacedOnTheNextWrit
     fs::remove(file);
     JsonSettingsStore missing(file);
     EXPECT_FALSE(missing.string("lang"));
+
+    // A folder where the file belongs: empty, one line, and the program goes on.
+    fs::create_directories(file);
+    test::RecordedDiagnostics recorded;
+    JsonSettingsStore folder(file, recorded.diagnostics);
+    EXPECT_FALSE(folder.contains("lang"));
+    EXPECT_EQ(std::ranges::count(recorded.sink->text(), '\n'), 1);
 }
 
 TEST_F(JsonSettingsStoreFile, AValueOfTheWrongTypeReadsAsAbsent) {
@@ -62,6 +74,13 @@ TEST_F(JsonSettingsStoreFile, AValueOfTheWrongTypeReadsAsAbsent) {
     EXPECT_EQ(store.string("nested"), std::nullopt);
     EXPECT_TRUE(store.contains("nested"));
     EXPECT_FALSE(store.contains("absent"));
+
+    // Known keys of the wrong type are named in one line; unknown keys are not the program's.
+    test::RecordedDiagnostics recorded;
+    reportMistypedSettings(store, recorded.diagnostics);
+    EXPECT_EQ(recorded.sink->text(),
+              "[Nuvrel] settings of the wrong type read as absent, their defaults apply: lang, "
+              "hotkeyKeyCode\n");
 }
 
 TEST_F(JsonSettingsStoreFile, ValuesRoundTripThroughTheFileWithTheirTypes) {

@@ -2,6 +2,8 @@
 // folders in a temporary home, with a fixed clock.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "core/capability_result.h"
 #include "personal/calendar_capabilities.h"
 #include "pipeline/pipeline_test_support.h"
@@ -147,6 +149,61 @@ TEST_F(PersonalStepsTest, AConfirmedRowDeletesThatItemOnly) {
     ASSERT_TRUE(gone && gone->asResult());
     EXPECT_EQ(gone->asResult()->get<core::CapabilityResult::ReminderDeleted>()->title, "buy milk");
     EXPECT_TRUE(reminders->incompleteReminders().empty());
+}
+
+TEST_F(PersonalStepsTest, ExplainNamesTheStepThatRunThenTakesAndActsOnNothing) {
+    struct Case {
+        const char* query;
+        int step;
+        const char* matcher;
+        const char* value;  // the claim's value as JSON
+    };
+    const Case cases[] = {
+        {"미리알림 타이머 취소", 1, "TimerFastPath", R"({"cancel":true})"},
+        {"10분 타이머", 2, "TimerFastPath", R"({"displayText":"10분","seconds":600})"},
+        {"15% of 80", 3, "CalculatorFastPath", R"({"result":"15% of 80 = 12"})"},
+        {"100 dollars to won", 4, "CurrencyFastPath",
+         R"({"amount":100.0,"from":"USD","to":"KRW"})"},
+        {"weather in Paris", 5, "WeatherFastPath", R"({"place":"Paris"})"},
+        {"delete the milk reminder", 10, "ReminderDeleteFastPath", R"({"keyword":"milk"})"},
+        {"delete the dentist event tomorrow", 11, "CalendarDeleteFastPath",
+         R"({"dateToken":"tomorrow","keyword":"dentist"})"},
+        {"remind me to call mom at 3pm", 15, "ReminderFastPath",
+         R"({"dateToken":"today","hour":15,"minute":0,"title":"call mom"})"},
+        {"add event Dentist tomorrow at 3pm", 16, "CalendarAddEventFastPath",
+         R"({"dateToken":"tomorrow","hour":15,"minute":0,"title":"Dentist"})"},
+        {"help", 20, "HelpFastPath", "{}"},
+        {"아 오늘 진짜 피곤하다", 21, "router", "null"},
+    };
+    const auto filesIn = [&] {
+        std::size_t count = 0;
+        for ([[maybe_unused]] const auto& entry :
+             std::filesystem::recursive_directory_iterator(home.path()))
+            ++count;
+        return count;
+    };
+    const std::size_t filesBefore = filesIn();
+    auto made = pipelineWith({});
+    for (const Case& c : cases) {
+        const CascadeClaim claim = made.pipeline.explain(c.query);
+        EXPECT_EQ(claim.step, c.step) << c.query;
+        EXPECT_EQ(claim.matcher, c.matcher) << c.query;
+        EXPECT_EQ(claim.value.dump(), c.value) << c.query;
+    }
+    EXPECT_TRUE(made.backend->calls.empty());
+    EXPECT_TRUE(notifications->pending.empty());
+    EXPECT_EQ(reminders->incompleteReminders().size(), 1u);
+    EXPECT_EQ(filesIn(), filesBefore);
+
+    // Run takes the same road: the fast paths answer without the model, the router's sentence
+    // asks it. The network is off, so that currency and weather answer here.
+    for (const Case& c : cases) {
+        auto running = pipelineWith({reply(routerReply(IntentID::unknown, 0.9))});
+        running.pipeline.networkFeaturesEnabled = false;
+        running.pipeline.run(c.query);
+        EXPECT_EQ(running.backend->calls.size(), c.step == CascadeClaim::routerStep ? 1u : 0u)
+            << c.query;
+    }
 }
 
 }  // namespace

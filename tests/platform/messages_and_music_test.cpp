@@ -13,6 +13,7 @@
 #include "platform/linux/vcard_folder.h"
 #include "support/bus_stand_in.h"
 #include "support/helper_process.h"
+#include "support/private_bus.h"
 #include "support/recording_sink.h"
 #include "support/temporary_home.h"
 

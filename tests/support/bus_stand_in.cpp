@@ -10,21 +10,6 @@
 
 namespace nuvrel::test {
 
-PrivateBus::PrivateBus() {
-    FILE* out = ::popen("dbus-daemon --session --fork --print-address=1 --print-pid=1", "r");
-    char line[512];
-    if (out && std::fgets(line, sizeof line, out))
-        address = std::string(line, std::strcspn(line, "\n"));
-    if (out && std::fgets(line, sizeof line, out)) pid = std::atoi(line);
-    if (out) ::pclose(out);
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
-}
-
-PrivateBus::~PrivateBus() {
-    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    if (pid > 0) ::kill(pid, SIGTERM);
-}
-
 namespace {
 
 void onCall(GDBusConnection*, const char*, const char* path, const char*, const char* method,

@@ -1,7 +1,6 @@
 #pragma once
-// D-Bus for tests: a private session bus (dbus-daemon started for the test and stopped with
-// it) and a small GDBus service on it that answers method calls through one function, run on
-// a thread of its own.
+// A small GDBus service on a test's private bus (support/private_bus.h) that answers method
+// calls through one function, run on a thread of its own.
 
 #include <functional>
 #include <map>
@@ -15,15 +14,6 @@ typedef struct _GMainLoop GMainLoop;
 typedef struct _GVariant GVariant;
 
 namespace nuvrel::test {
-
-class PrivateBus {
-public:
-    // Also points DBUS_SESSION_BUS_ADDRESS at it while it lives.
-    PrivateBus();
-    ~PrivateBus();
-    std::string address;
-    int pid = 0;
-};
 
 class BusStandIn {
 public:

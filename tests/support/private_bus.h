@@ -1,33 +1,30 @@
 #pragma once
-// A private D-Bus bus for one test: dbus-daemon started for it and stopped with it.
+// A private session bus for one test: its own dbus-daemon with no service files, so that
+// nothing is started on demand (no key store, no notification daemon) unless the test starts
+// it. DBUS_SESSION_BUS_ADDRESS points at it while the object lives; `address` also serves a
+// test that stands a system service (logind, GeoClue) on it.
 
-#include <signal.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <string>
+
+#include "support/environment_override.h"
 
 namespace nuvrel::test {
 
 class PrivateBus {
 public:
-    PrivateBus() {
-        FILE* out = ::popen("dbus-daemon --session --fork --print-address=1 --print-pid=1", "r");
-        char line[512];
-        if (out && std::fgets(line, sizeof line, out))
-            address = std::string(line, std::strcspn(line, "\n"));
-        if (out && std::fgets(line, sizeof line, out)) pid = std::atoi(line);
-        if (out) ::pclose(out);
-    }
-    ~PrivateBus() {
-        if (pid > 0) ::kill(pid, SIGTERM);
-    }
+    PrivateBus();
+    ~PrivateBus();
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
+    // Empty when no daemon could be started.
     std::string address;
     int pid = 0;
+
+private:
+    std::filesystem::path config_;
+    EnvironmentOverride environment_;
 };
 
 }  // namespace nuvrel::test
