@@ -137,6 +137,8 @@ Url mustParse(const std::string& text) {
 
 std::optional<Url> Url::parse(std::string_view text) {
     detail::ensureCurlGlobalInit();
+    // libcurl reads the text up to its first NUL, which would make a different URL of it.
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const auto separator = text.find("://");
     if (separator == std::string_view::npos || separator == 0) return std::nullopt;
     if (text.substr(0, separator).find_first_of("/?#") != std::string_view::npos) {
