@@ -17,6 +17,7 @@ packages=(
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
   libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
   libgtest-dev libgmock-dev libbenchmark-dev curl
+  clang-14 libclang-rt-14-dev
 )
 
 missing_packages() {

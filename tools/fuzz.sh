@@ -35,7 +35,8 @@ if [ "$which" = all ]; then
 else
   targets=("$which")
 fi
-cmake --build --preset fuzz --target "${targets[@]/%/_fuzzer}" >&2
+# NUVREL_FUZZ_NO_BUILD=1 runs what is built, while a build of the same folder is under way.
+[ -n "${NUVREL_FUZZ_NO_BUILD:-}" ] || cmake --build --preset fuzz --target "${targets[@]/%/_fuzzer}" >&2
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
