@@ -166,6 +166,12 @@ std::optional<Url> Url::parse(std::string_view text) {
         if (zone) curl_url_set(handle.get(), CURLUPART_ZONEID, zone->c_str(), 0);
     }
 
+    // libcurl keeps no path for "file:///" and writes the missing one into the URL as "(nil)".
+    if (getPart(handle.get(), CURLUPART_PATH).value_or("").empty() &&
+        curl_url_set(handle.get(), CURLUPART_PATH, "/", 0) != CURLUE_OK) {
+        return std::nullopt;
+    }
+
     Url url;
     url.text_ = getPart(handle.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT).value_or("");
     url.scheme_ = getPart(handle.get(), CURLUPART_SCHEME).value_or("");

@@ -50,6 +50,8 @@ TEST(Url, ParsesAndNormalisesItsParts) {
     const Url custom = url("myapp://Thing/x");
     EXPECT_EQ(custom.host(), "thing");
     EXPECT_EQ(custom.effectivePort(), std::nullopt);
+    // The root of the file scheme, whose path libcurl leaves out.
+    EXPECT_EQ(url("file:///").text(), "file:///");
 }
 
 TEST(Url, RefusesRelativeReferencesAndGarbage) {
