@@ -33,9 +33,13 @@ constexpr std::string_view unreachable = "Couldn't reach the local model";
 // `nuvrel` with the router's server on `port`, its arguments behind the program's name.
 std::unique_ptr<test::HelperProcess> nuvrelOnPort(int port, std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), NUVREL_PATH);
+    // The program finds the real server on its PATH, the temporary home having none.
+    const std::string path = std::getenv("PATH");
+    ::setenv("PATH", (test::realServerBinary().parent_path().string() + ":" + path).c_str(), 1);
     ::setenv("NUVREL_DEBUG_ROUTER_PORT", std::to_string(port).c_str(), 1);
     auto process = std::make_unique<test::HelperProcess>(arguments);
     ::unsetenv("NUVREL_DEBUG_ROUTER_PORT");
+    ::setenv("PATH", path.c_str(), 1);
     return process;
 }
 
