@@ -2,6 +2,8 @@
 // decodes, exactly that intent, asked once; any other reply is retried once and ends as
 // invalid output with the empty intent.
 
+#include <nlohmann/json.hpp>
+
 #include "core/routed_intent.h"
 #include "fuzz_support.h"
 #include "llm/json_object_extraction.h"
