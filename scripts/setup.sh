@@ -20,6 +20,7 @@ packages=(
   libxcb1-dev libxcb-randr0-dev libxcb-ewmh-dev xvfb openbox x11-utils imagemagick
   xclip mpv mpv-mpris
   libsecret-1-dev gnome-keyring help2man
+  clang-14 libclang-rt-14-dev
 )
 
 missing_packages() {

@@ -59,6 +59,12 @@ std::optional<std::chrono::system_clock::time_point> parseISO8601Timestamp(std::
     if (!date.ok() || hour > 23 || minute > 59 || second > 60) return std::nullopt;
 
     auto time = sys_days(date) + hours(hour) + minutes(minute) + seconds(second);
+    // The clock counts nanoseconds in 64 bits, about 292 years either side of 1970: a year
+    // beyond that is no instant it can hold. A day of margin leaves room for the offset.
+    if (time < time_point_cast<seconds>(system_clock::time_point::min()) + days(1) ||
+        time > time_point_cast<seconds>(system_clock::time_point::max()) - days(1)) {
+        return std::nullopt;
+    }
     auto result = time_point_cast<system_clock::duration>(time);
     if (match->matched(8)) {
         std::string fraction(match->group(8));

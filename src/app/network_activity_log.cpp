@@ -49,9 +49,26 @@ void NetworkActivityLog::record(const std::string& host, const std::string& path
     const auto stamp = std::chrono::floor<std::chrono::seconds>(now_());
     std::lock_guard lock(mutex_);
     loadIfNeeded();
-    entries_.insert(entries_.begin(), Entry{stamp, host, path, purpose, bytes});
+    if (!fileURL_) {
+        addNewest(Entry{stamp, host, path, purpose, bytes});
+        return;
+    }
+    // Another process of the program may have recorded since this one read the file: under
+    // the file lock, what the file holds now is the list the new entry joins, so that no
+    // process's entries are written over.
+    base::withExclusiveFileLock(fileURL_->string() + ".lock", [&] {
+        if (const auto current = base::readFile(*fileURL_)) {
+            if (auto decoded = decodeNetworkActivity(*current)) entries_ = std::move(*decoded);
+        }
+        std::erase_if(entries_, [](const Entry& entry) { return isLoopbackHost(entry.host); });
+        addNewest(Entry{stamp, host, path, purpose, bytes});
+        persist();
+    });
+}
+
+void NetworkActivityLog::addNewest(Entry entry) const {
+    entries_.insert(entries_.begin(), std::move(entry));
     if (entries_.size() > capacity) entries_.resize(capacity);
-    persist();
 }
 
 std::vector<NetworkActivityLog::Entry> NetworkActivityLog::recentEntries(std::size_t limit) const {

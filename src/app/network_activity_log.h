@@ -4,7 +4,8 @@
 //
 // Threading: an actor. Every operation takes one mutex; record writes the whole file under
 // it (a local file write, never a network call). Created once at the top of the program and
-// passed down; tests build their own.
+// passed down; tests build their own. Processes share the file: record takes a lock file
+// beside it ("<file>.lock") and adds its entry to what the file holds at that moment.
 
 #include <chrono>
 #include <cstdint>
@@ -61,6 +62,7 @@ public:
 
 private:
     void loadIfNeeded() const;
+    void addNewest(Entry entry) const;
     void persist() const;
 
     mutable std::mutex mutex_;

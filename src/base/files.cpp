@@ -1,6 +1,9 @@
 #include "base/files.h"
 
 #include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,7 +20,32 @@ namespace {
                                             std::error_code(errno, std::generic_category()));
 }
 
+// A write past the file size limit (RLIMIT_FSIZE) raises SIGXFSZ, whose default action ends
+// the whole program. Held back on this thread, the signal is dropped and the write fails with
+// EFBIG instead, which a caller reports like a full disk.
+class FileSizeSignalHeld {
+public:
+    FileSizeSignalHeld() {
+        sigemptyset(&held_);
+        sigaddset(&held_, SIGXFSZ);
+        ::pthread_sigmask(SIG_BLOCK, &held_, &previous_);
+    }
+    ~FileSizeSignalHeld() {
+        const timespec none{};
+        while (::sigtimedwait(&held_, nullptr, &none) == SIGXFSZ) {
+        }
+        ::pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+    }
+    FileSizeSignalHeld(const FileSizeSignalHeld&) = delete;
+    FileSizeSignalHeld& operator=(const FileSizeSignalHeld&) = delete;
+
+private:
+    sigset_t held_;
+    sigset_t previous_;
+};
+
 void writeAll(int fd, std::string_view bytes, const std::filesystem::path& path) {
+    const FileSizeSignalHeld held;
     while (!bytes.empty()) {
         const ssize_t written = ::write(fd, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) continue;
@@ -60,6 +88,27 @@ void writeFileAtomically(const std::filesystem::path& path, std::string_view byt
         errno = saved;
         fail("rename", path);
     }
+}
+
+void withExclusiveFileLock(const std::filesystem::path& lockFile,
+                           const std::function<void()>& body) {
+    if (lockFile.has_parent_path()) {
+        std::error_code ignored;
+        std::filesystem::create_directories(lockFile.parent_path(), ignored);
+    }
+    const int fd = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd >= 0) {
+        while (::flock(fd, LOCK_EX) != 0 && errno == EINTR) {
+        }
+    }
+    try {
+        body();
+    } catch (...) {
+        if (fd >= 0) ::close(fd);
+        throw;
+    }
+    // Closing the descriptor releases the lock.
+    if (fd >= 0) ::close(fd);
 }
 
 std::filesystem::path createdOnDemand(std::filesystem::path directory) {

@@ -137,6 +137,8 @@ Url mustParse(const std::string& text) {
 
 std::optional<Url> Url::parse(std::string_view text) {
     detail::ensureCurlGlobalInit();
+    // libcurl reads the text up to its first NUL, which would make a different URL of it.
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const auto separator = text.find("://");
     if (separator == std::string_view::npos || separator == 0) return std::nullopt;
     if (text.substr(0, separator).find_first_of("/?#") != std::string_view::npos) {
@@ -162,6 +164,12 @@ std::optional<Url> Url::parse(std::string_view text) {
             return std::nullopt;
         }
         if (zone) curl_url_set(handle.get(), CURLUPART_ZONEID, zone->c_str(), 0);
+    }
+
+    // libcurl keeps no path for "file:///" and writes the missing one into the URL as "(nil)".
+    if (getPart(handle.get(), CURLUPART_PATH).value_or("").empty() &&
+        curl_url_set(handle.get(), CURLUPART_PATH, "/", 0) != CURLUE_OK) {
+        return std::nullopt;
     }
 
     Url url;

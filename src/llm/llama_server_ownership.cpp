@@ -7,6 +7,7 @@
 #include "base/diagnostics.h"
 #include "base/files.h"
 #include "llm/llama_server_manager.h"
+#include "llm/pid_file_text.h"
 
 namespace nuvrel::llm {
 
@@ -14,49 +15,12 @@ namespace {
 
 constexpr std::string_view serverProcessName = "llama-server";
 
-// Trimmed, split at ":" into at most three fields; empty fields are dropped and do not count
-// toward the three, so the third field is the whole rest.
-std::vector<std::string> pidFileFields(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n\v\f";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    text = text.substr(first, text.find_last_not_of(blanks) - first + 1);
-
-    std::vector<std::string> fields;
-    while (!text.empty()) {
-        const std::size_t colon = text.find(':');
-        if (fields.size() == 2 || colon == std::string_view::npos) {
-            fields.emplace_back(text);
-            break;
-        }
-        if (colon > 0) fields.emplace_back(text.substr(0, colon));
-        text.remove_prefix(colon + 1);
-    }
-    return fields;
-}
-
-// A decimal 32-bit integer with an optional sign, and nothing else.
-std::optional<std::int32_t> parsePID(std::string_view text) {
-    bool negative = false;
-    if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
-        negative = text.front() == '-';
-        text.remove_prefix(1);
-    }
-    if (text.empty() || text.front() == '+' || text.front() == '-') return std::nullopt;
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    if (negative) value = -value;
-    if (value < INT32_MIN || value > INT32_MAX) return std::nullopt;
-    return static_cast<std::int32_t>(value);
-}
-
 }  // namespace
 
 std::optional<std::vector<std::string>> LlamaServerManager::readPIDFileFields() const {
     const auto text = base::readFile(pidFilePath());
     if (!text) return std::nullopt;
-    return pidFileFields(*text);
+    return PIDFileText::fields(*text);
 }
 
 void LlamaServerManager::reapOrphanFromPreviousSessionIfAny() {
@@ -67,8 +31,8 @@ void LlamaServerManager::reapStaleServerFromPreviousSession() {
     auto& processes = *environment_.processes;
     const auto fields = readPIDFileFields();
     if (!fields || fields->size() < 2) return;
-    const auto owner = parsePID((*fields)[0]);
-    const auto child = parsePID((*fields)[1]);
+    const auto owner = PIDFileText::parsePID((*fields)[0]);
+    const auto child = PIDFileText::parsePID((*fields)[1]);
     if (!owner || !child || *owner < 1 || *child < 1) return;
 
     // Only a certainly dead owner opens the way; EPERM means someone we cannot see.
@@ -98,7 +62,7 @@ void LlamaServerManager::adoptExistingServerTakingOwnershipIfOrphaned() {
         if (!std::holds_alternative<Adopted>(hold_)) hold_ = Guest{};
     }
     if (const auto fields = readPIDFileFields(); fields && fields->size() >= 2) {
-        if (const auto owner = parsePID((*fields)[0]); owner && *owner >= 1) {
+        if (const auto owner = PIDFileText::parsePID((*fields)[0]); owner && *owner >= 1) {
             // A live owner, or one we cannot probe: we are its guest.
             if (processes.signal(*owner, base::Signal::probe) !=
                 base::SignalResult::noSuchProcess) {
@@ -149,7 +113,7 @@ void LlamaServerManager::removePIDFileIfEpoch(std::uint64_t epoch) {
 
 void LlamaServerManager::removePIDFileIfStillOwnedBy(std::int32_t owner) {
     const auto fields = readPIDFileFields();
-    if (!fields || fields->empty() || parsePID(fields->front()) != owner) return;
+    if (!fields || fields->empty() || PIDFileText::parsePID(fields->front()) != owner) return;
     std::error_code ignored;
     std::filesystem::remove(pidFilePath(), ignored);
 }

@@ -3,9 +3,7 @@
 #include <unicode/uchar.h>
 
 #include <array>
-#include <cstdlib>
 
-#include "base/diagnostics.h"
 #include "base/regex.h"
 #include "base/text.h"
 #include "personal/folded_text.h"
@@ -108,21 +106,14 @@ std::int64_t secondsPer(Unit unit) {
     return 1;
 }
 
-// An overflow here is a programmer's fault: no spoken duration comes near it.
-std::int64_t checked(bool overflowed, std::int64_t value) {
-    if (overflowed) {
-        base::Diagnostics().event("timer duration overflows 64 bits");
-        std::abort();
-    }
-    return value;
-}
-
 std::optional<core::TimerRequest> requestFrom(const std::vector<DurationComponent>& components) {
     std::int64_t total = 0;
     for (const DurationComponent& component : components) {
+        // A typed number can be of any length: a sum beyond 64 bits is no timer, never a crash.
         std::int64_t seconds = 0;
-        checked(__builtin_mul_overflow(component.value, secondsPer(component.unit), &seconds), 0);
-        checked(__builtin_add_overflow(total, seconds, &total), 0);
+        if (__builtin_mul_overflow(component.value, secondsPer(component.unit), &seconds) ||
+            __builtin_add_overflow(total, seconds, &total))
+            return std::nullopt;
     }
     if (total <= 0) return std::nullopt;
     return core::TimerRequest{total, formatDisplayText(components)};

@@ -176,6 +176,9 @@ std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput& in
     if (!match) return std::nullopt;
     if (const auto app = applications->index(language)->bestMatch(match->candidateName,
                                                                   match->isExplicitTrigger)) {
+        if (input.explaining())
+            return input.claim("AppLaunchFastPath",
+                               {{"application", app->displayName}, {"desktopFile", app->url}});
         return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
             applications->open(*app);
             return core::CapabilityResult(
@@ -186,6 +189,7 @@ std::optional<core::PipelineOutcome> Pipeline::appLaunchStep(const StepInput& in
     if (!match->isExplicitTrigger || !openURL) return std::nullopt;
     const auto url = desktop::OpenURLFastPath::urlCandidate(match->candidateName);
     if (!url) return std::nullopt;
+    if (input.explaining()) return input.claim("AppLaunchFastPath", {{"url", url->url}});
     return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
         openURL(url->url);
         return core::CapabilityResult(core::CapabilityResult::AppLaunched{url->displayName});
@@ -217,6 +221,8 @@ std::optional<core::PipelineOutcome> Pipeline::noteDeletionStep(const StepInput&
     if (!notesCapability.store) return std::nullopt;
     const auto candidate = personal::NoteDeleteFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim("NoteDeleteFastPath", {{"keyword", candidate->keyword}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return notesCapability.findCandidates(candidate->keyword); });
 }
@@ -247,6 +253,11 @@ std::optional<core::PipelineOutcome> Pipeline::fileDeletionStep(const StepInput&
     if (!fileServices.runMetadataQuery) return std::nullopt;
     const auto candidate = desktop::DeleteFileFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining())
+        return input.claim("DeleteFileFastPath",
+                           {{"name", candidate->name},
+                            {"location", candidate->location ? nlohmann::json(*candidate->location)
+                                                             : nlohmann::json()}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return desktop::DeleteFileCapability{language, fileServices}.findCandidate(*candidate, 3.0);
     });
@@ -256,6 +267,7 @@ std::optional<core::PipelineOutcome> Pipeline::noteCreationStep(const StepInput&
     if (!notesCapability.store) return std::nullopt;
     const auto candidate = personal::NotesFastPath::match(input.query);
     if (!candidate) return std::nullopt;
+    if (input.explaining()) return input.claim("NotesFastPath", {{"content", candidate->content}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return notesCapability.execute(*candidate); });
 }
@@ -266,6 +278,7 @@ std::optional<core::PipelineOutcome> Pipeline::fileSearchStep(const StepInput& i
     const std::shared_ptr<core::Capability> finder =
         registry.capability(core::IntentID::finderSearch);
     if (!finder) return std::nullopt;
+    if (input.explaining()) return input.claim("FinderSearchFastPath", {{"keyword", *keyword}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics,
                          [&] { return finder->execute(core::FinderQuery{.keyword = *keyword}); });
 }
@@ -305,6 +318,8 @@ std::optional<core::PipelineOutcome> Pipeline::systemCommandStep(const StepInput
     const auto& table = desktop::SystemCommandFastPath::normalizedTable();
     const auto found = table.find(input.normalized);
     if (found == table.end()) return std::nullopt;
+    if (input.explaining())
+        return input.claim("SystemCommandFastPath", {{"command", core::rawValue(found->second)}});
     // Runs at once, with no confirmation; every failure reaches the card through userFacing.
     return outcomeOfCall(ErrorRule::allThroughUserFacing, input.strings, diagnostics, [&] {
         return desktop::SystemCommandCapability::execute(found->second, systemCommands);
@@ -315,6 +330,7 @@ std::optional<core::PipelineOutcome> Pipeline::clipboardHistoryStep(const StepIn
     if (!clipboardHistoryStore ||
         !personal::ClipboardHistoryFastPath::phrases().contains(input.normalized))
         return std::nullopt;
+    if (input.explaining()) return input.claim("ClipboardHistoryFastPath");
     return core::PipelineOutcome::result(
         core::CapabilityResult::ClipboardHistory{clipboardHistoryStore->recentEntries()});
 }
@@ -323,6 +339,8 @@ std::optional<core::PipelineOutcome> Pipeline::windowStep(const StepInput& input
     const auto& table = desktop::WindowManageFastPath::normalizedTable();
     const auto found = table.find(input.normalized);
     if (found == table.end()) return std::nullopt;
+    if (input.explaining())
+        return input.claim("WindowManageFastPath", {{"action", core::rawValue(found->second)}});
     return outcomeOfCall(ErrorRule::userFacingAsThrown, input.strings, diagnostics, [&] {
         return desktop::WindowManageCapability::execute(found->second, language,
                                                         windowSystem.get());

@@ -50,34 +50,6 @@ std::string withExcerpt(const std::string& snippet, const std::string& excerpt) 
     return snippet.empty() ? excerpt : snippet + " — " + excerpt;
 }
 
-std::vector<SearXNGResultItem> decodeItems(std::string_view body) {
-    std::vector<SearXNGResultItem> items;
-    int enriched = 0;
-    try {
-        const nlohmann::json reply = JsonReply::parseObject(body);
-        const nlohmann::json* data = JsonReply::object(reply, "data");
-        if (data == nullptr) return items;
-        for (const auto& entry : JsonReply::list(*data, "web")) {
-            auto item = JsonReply::resultItem(JsonReply::text(entry, "title"),
-                                              JsonReply::text(entry, "url"),
-                                              JsonReply::text(entry, "description"));
-            const auto markdown = JsonReply::text(entry, "markdown");
-            if (!item) continue;
-            if (enriched < maxEnrichedItems && markdown) {
-                const std::string excerpt = FirecrawlTransport::plainTextExcerpt(*markdown);
-                if (!excerpt.empty()) {
-                    item->snippet = withExcerpt(item->snippet, excerpt);
-                    ++enriched;
-                }
-            }
-            items.push_back(std::move(*item));
-        }
-    } catch (const JsonReply::Undecodable&) {
-        throw FirecrawlTransportError::undecodableBody();
-    }
-    return items;
-}
-
 }  // namespace
 
 FirecrawlTransportError::FirecrawlTransportError(Kind kind, int status)
@@ -118,7 +90,35 @@ std::string FirecrawlTransport::fetchResultsHTML(const std::string& query) const
     pacer_->waitForTurn();
     const nuvrel::base::HttpResponse response = session_->send(request);
     checkStatus(response.status);
-    return SearXNGTransport::reserialize(decodeItems(response.body));
+    return SearXNGTransport::reserialize(decodeResults(response.body));
+}
+
+std::vector<SearXNGResultItem> FirecrawlTransport::decodeResults(std::string_view body) {
+    std::vector<SearXNGResultItem> items;
+    int enriched = 0;
+    try {
+        const nlohmann::json reply = JsonReply::parseObject(body);
+        const nlohmann::json* data = JsonReply::object(reply, "data");
+        if (data == nullptr) return items;
+        for (const auto& entry : JsonReply::list(*data, "web")) {
+            auto item = JsonReply::resultItem(JsonReply::text(entry, "title"),
+                                              JsonReply::text(entry, "url"),
+                                              JsonReply::text(entry, "description"));
+            const auto markdown = JsonReply::text(entry, "markdown");
+            if (!item) continue;
+            if (enriched < maxEnrichedItems && markdown) {
+                const std::string excerpt = FirecrawlTransport::plainTextExcerpt(*markdown);
+                if (!excerpt.empty()) {
+                    item->snippet = withExcerpt(item->snippet, excerpt);
+                    ++enriched;
+                }
+            }
+            items.push_back(std::move(*item));
+        }
+    } catch (const JsonReply::Undecodable&) {
+        throw FirecrawlTransportError::undecodableBody();
+    }
+    return items;
 }
 
 std::string FirecrawlTransport::plainTextExcerpt(std::string_view markdown) {

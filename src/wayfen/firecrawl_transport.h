@@ -7,10 +7,12 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/http.h"
 #include "base/url.h"
 #include "wayfen/duckduckgo_request_pacer.h"
+#include "wayfen/searxng_transport.h"
 #include "wayfen/web_search_transport.h"
 
 namespace wayfen {
@@ -70,6 +72,10 @@ public:
     // Page Markdown reduced to its words: images, tags and Markdown marks (every hyphen with
     // them) gone, links kept as their text, white space collapsed, at most 800 characters.
     static std::string plainTextExcerpt(std::string_view markdown);
+
+    // The usable results of a reply body, in order, the first ones enriched with an excerpt
+    // of their page. Throws undecodableBody for a body that is no JSON object.
+    static std::vector<SearXNGResultItem> decodeResults(std::string_view body);
 
     const nuvrel::base::Url& endpoint() const { return endpoint_; }
     double timeoutInterval() const { return timeoutInterval_; }

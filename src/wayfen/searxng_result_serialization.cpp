@@ -24,8 +24,11 @@ bool isInUddgValueAllowedCharacters(char32_t c) {
     return u_isalnum(static_cast<UChar32>(c)) || c == U'-' || c == U'.' || c == U'_' || c == U'~';
 }
 
-std::optional<std::string> uddgValue(std::string_view url) {
-    if (!nuvrel::base::text::isValidUtf8(url)) return std::nullopt;
+// A URL that is no UTF-8 text is escaped byte by byte, so that none of its bytes ("'", "&")
+// ends up raw in the attribute: the reader then drops it whole, as it drops any value that
+// decodes to no text.
+std::string uddgValue(std::string_view url) {
+    if (!nuvrel::base::text::isValidUtf8(url)) return nuvrel::base::percentEncode(url);
     std::string out;
     std::size_t pos = 0;
     while (pos < url.size()) {
@@ -62,7 +65,7 @@ std::string hostFromURLString(const std::string& text) {
 }
 
 std::string block(const SearXNGResultItem& item) {
-    const std::string destination = uddgValue(item.url).value_or(item.url);
+    const std::string destination = uddgValue(item.url);
     std::string out = "<a rel=\"nofollow\" href='";
     out.append(redirectPrefix).append(destination).append(redirectSuffix);
     out += "' class='result-link'>" + escaped(item.title) + "</a>\n";

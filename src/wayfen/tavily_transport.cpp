@@ -30,7 +30,14 @@ void checkStatus(int status) {
     if (status < 200 || status > 299) throw TavilyTransportError::badHTTPStatus(status);
 }
 
-std::vector<SearXNGResultItem> decodeItems(std::string_view body) {
+}  // namespace
+
+TavilyTransportError::TavilyTransportError(Kind kind, int status)
+    : kind_(kind), status_(status), description_(kindName(kind)) {
+    if (kind_ == Kind::badHTTPStatus) description_ += "(" + std::to_string(status_) + ")";
+}
+
+std::vector<SearXNGResultItem> TavilyTransport::decodeResults(std::string_view body) {
     std::vector<SearXNGResultItem> items;
     try {
         const nlohmann::json reply = JsonReply::parseObject(body);
@@ -44,13 +51,6 @@ std::vector<SearXNGResultItem> decodeItems(std::string_view body) {
         throw TavilyTransportError::undecodableBody();
     }
     return items;
-}
-
-}  // namespace
-
-TavilyTransportError::TavilyTransportError(Kind kind, int status)
-    : kind_(kind), status_(status), description_(kindName(kind)) {
-    if (kind_ == Kind::badHTTPStatus) description_ += "(" + std::to_string(status_) + ")";
 }
 
 const char* searchDepthName(TavilyTransport::SearchDepth depth) {
@@ -87,7 +87,7 @@ std::string TavilyTransport::fetchResultsHTML(const std::string& query) const {
     pacer_->waitForTurn();
     const nuvrel::base::HttpResponse response = session_->send(request);
     checkStatus(response.status);
-    return SearXNGTransport::reserialize(decodeItems(response.body));
+    return SearXNGTransport::reserialize(decodeResults(response.body));
 }
 
 }  // namespace wayfen

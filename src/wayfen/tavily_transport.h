@@ -5,10 +5,13 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/http.h"
 #include "base/url.h"
 #include "wayfen/duckduckgo_request_pacer.h"
+#include "wayfen/searxng_transport.h"
 #include "wayfen/web_search_transport.h"
 
 namespace wayfen {
@@ -57,6 +60,10 @@ public:
     // One POST after a turn of the pacer. Throws TavilyTransportError, the session's
     // HttpError, or base::Cancelled. A well-formed empty list is "", not an error.
     std::string fetchResultsHTML(const std::string& query) const override;
+
+    // The usable results of a reply body, in order. Throws undecodableBody for a body that is
+    // no JSON object.
+    static std::vector<SearXNGResultItem> decodeResults(std::string_view body);
 
     const nuvrel::base::Url& endpoint() const { return endpoint_; }
     double timeoutInterval() const { return timeoutInterval_; }

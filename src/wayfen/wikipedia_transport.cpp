@@ -41,8 +41,10 @@ std::string pathEncoded(std::string_view text) {
     return out;
 }
 
+}  // namespace
+
 // The reply is a positional array: [query, [titles...], [descriptions...], [urls...]].
-std::vector<std::string> titlesOf(std::string_view body) {
+std::vector<std::string> WikipediaTransport::decodeOpenSearchTitles(std::string_view body) {
     const nlohmann::json reply = nlohmann::json::parse(body, nullptr, false);
     if (reply.is_discarded() || !reply.is_array() || reply.size() < 2 || !reply[1].is_array()) {
         return {};
@@ -54,6 +56,8 @@ std::vector<std::string> titlesOf(std::string_view body) {
     }
     return titles;
 }
+
+namespace {
 
 struct Summary {
     std::optional<std::string> title;
@@ -138,7 +142,7 @@ std::vector<std::string> WikipediaTransport::openSearchTitles(const std::string&
         pacer_->waitForTurn();
         const HttpResponse response = performRequest(url);
         if (!isSuccess(response.status)) return {};
-        return titlesOf(response.body);
+        return decodeOpenSearchTitles(response.body);
     } catch (...) {
         nuvrel::base::rethrowIfCancelled();
         return {};
@@ -158,17 +162,23 @@ std::optional<SearXNGResultItem> WikipediaTransport::summaryItem(const std::stri
     pacer_->waitForTurn();
     const HttpResponse response = performRequest(*url);
     if (!isSuccess(response.status)) return std::nullopt;
+    return decodeSummaryItem(response.body, title, host);
+}
 
+std::optional<SearXNGResultItem> WikipediaTransport::decodeSummaryItem(std::string_view body,
+                                                                       const std::string& title,
+                                                                       const std::string& host) {
     Summary summary;
     try {
-        summary = decodeSummary(response.body);
+        summary = decodeSummary(body);
     } catch (const JsonReply::Undecodable&) {
         return std::nullopt;
     }
     if (!summary.extract) return std::nullopt;
     std::string extract = nuvrel::base::text::trim(*summary.extract);
     if (extract.empty()) return std::nullopt;
-    std::string pageURL = summary.pageURL.value_or("https://" + host + "/wiki/" + encodedTitle);
+    std::string pageURL =
+        summary.pageURL.value_or("https://" + host + "/wiki/" + pathEncoded(title));
     return SearXNGResultItem{summary.title.value_or(title), std::move(pageURL), std::move(extract)};
 }
 

@@ -84,6 +84,16 @@ public:
     std::optional<SearXNGResultItem> summaryItem(const std::string& title,
                                                  const std::string& host) const;
 
+    // The titles of an opensearch reply body, in order; none when the body is not of that
+    // shape. Never throws.
+    static std::vector<std::string> decodeOpenSearchTitles(std::string_view body);
+
+    // The result of a summary reply body for `title` asked of `host`; nothing when the body
+    // is undecodable or has no extract. Never throws.
+    static std::optional<SearXNGResultItem> decodeSummaryItem(std::string_view body,
+                                                              const std::string& title,
+                                                              const std::string& host);
+
     // One GET with the transport's time-out and User-Agent; the response whatever its status.
     nuvrel::base::HttpResponse performRequest(const nuvrel::base::Url& url) const;
 

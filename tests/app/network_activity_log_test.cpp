@@ -224,7 +224,9 @@ TEST(ISO8601Timestamp, ReadsWhatItWritesAndTheCommonVariants) {
               TimePoint(std::chrono::sys_days(std::chrono::year(2024) / 2 / 29)));
     for (const char* bad :
          {"2026-02-29T00:00:00Z", "2026-11-22T24:00:00Z", "2026-11-22 07:15:03Z",
-          "2026-11-22T07:15:03", "2026-11-22T07:15:03Zjunk", "", "2026-13-01T00:00:00Z"}) {
+          "2026-11-22T07:15:03", "2026-11-22T07:15:03Zjunk", "", "2026-13-01T00:00:00Z",
+          // Beyond what the clock can hold.
+          "1013-11-22T05:00:00Z", "9999-12-31T23:59:59Z"}) {
         EXPECT_EQ(parseISO8601Timestamp(bad), std::nullopt) << bad;
     }
 }

@@ -50,6 +50,8 @@ TEST(Url, ParsesAndNormalisesItsParts) {
     const Url custom = url("myapp://Thing/x");
     EXPECT_EQ(custom.host(), "thing");
     EXPECT_EQ(custom.effectivePort(), std::nullopt);
+    // The root of the file scheme, whose path libcurl leaves out.
+    EXPECT_EQ(url("file:///").text(), "file:///");
 }
 
 TEST(Url, RefusesRelativeReferencesAndGarbage) {
@@ -59,6 +61,12 @@ TEST(Url, RefusesRelativeReferencesAndGarbage) {
                              "mailto:a@b.c", " http://a.b/", "://a.b/", "a/b://c.d/"}) {
         EXPECT_EQ(Url::parse(text), std::nullopt) << text;
     }
+    // A NUL byte ends no text early: the whole text is the URL or there is none.
+    using namespace std::string_view_literals;
+    for (const auto text : {"http://a.b/x\0y"sv, "http://a.b\0.c.d/"sv, "file:///e\0tc/passwd"sv}) {
+        EXPECT_EQ(Url::parse(text), std::nullopt) << text.substr(0, text.find('\0'));
+    }
+    EXPECT_EQ(Url::parse("http://h/x")->resolve("\0\0tc/passwd"sv), std::nullopt);
     EXPECT_TRUE(Url().empty());
 }
 

@@ -101,6 +101,28 @@ TEST(DesktopSteps, LaunchesMatchesOpensAddressesAndLetsTheRestGoOn) {
     }
 }
 
+TEST(DesktopSteps, ExplainNamesTheDesktopStepsAndOpensOrMovesNothing) {
+    auto made = testing::pipelineWith({});
+    auto catalog = std::make_shared<RecordingCatalog>();
+    made.pipeline.applications = catalog;
+    made.pipeline.openURL = [&](std::string url) { catalog->openURL(url); };
+    auto windows = std::make_shared<test::FakeWindows>(
+        std::vector<desktop::Screen>{{{0, 0, 1000, 800}, {0, 0, 1000, 800}}});
+    made.pipeline.windowSystem = windows;
+    for (const auto& [query, step, json] :
+         {std::tuple{"open firefox", 6,
+                     R"({"application":"Firefox","desktopFile":"/apps/firefox.desktop"})"},
+          {"open github.com", 6, R"({"url":"https://github.com"})"},
+          {"mute", 17, R"({"command":"mute"})"},
+          {"left half", 19, R"({"action":"leftHalf"})"}}) {
+        const CascadeClaim claim = made.pipeline.explain(query);
+        EXPECT_EQ(claim.step, step) << query;
+        EXPECT_EQ(claim.value.dump(), json) << query;
+    }
+    EXPECT_TRUE(catalog->opened.empty());
+    EXPECT_EQ(windows->sized, std::nullopt);
+}
+
 TEST(DesktopSteps, ARoutedLaunchOpensOnlyAnInstalledApplication) {
     for (const auto& [name, opened] : {std::pair{"FireFox", true}, {"the gimp", false}}) {
         auto web = std::make_shared<testing::FakeCapability>(IntentID::webSearch);

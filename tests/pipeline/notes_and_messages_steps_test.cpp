@@ -82,6 +82,18 @@ TEST(NotesAndMessagesSteps, NotesClipboardAndConfirmedMessagesGoThroughThePipeli
               "Several contacts match: Jamie Lee, Jamie Park");
     EXPECT_EQ(confirmSend("Nobody")->asError()->message, "Couldn't find this contact");
     EXPECT_TRUE(book->sent.empty());
+
+    // Explained, the same sentences name their steps and leave the notes as they are.
+    const auto explained = pipelineWith({}).pipeline;
+    for (const auto& [query, step, json] :
+         {std::tuple{"take a note: eggs", 13, R"({"content":"eggs"})"},
+          {"delete the note about milk", 9, R"({"keyword":"milk"})"},
+          {"clipboard", 18, "{}"}}) {
+        const CascadeClaim claim = explained.explain(query);
+        EXPECT_EQ(claim.step, step) << query;
+        EXPECT_EQ(claim.value.dump(), json) << query;
+    }
+    EXPECT_FALSE(std::filesystem::exists(home.path() / "notes" / "eggs.md"));
 }
 
 }  // namespace

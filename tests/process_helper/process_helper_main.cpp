@@ -9,8 +9,17 @@
 //       spawns <count> sleeping children, registers each, prints their PIDs, dies of SIGSEGV
 //   process_helper crash-unregistered
 //       spawns a sleeping child, registers and unregisters it, prints its PID, dies of SIGSEGV
+//   process_helper write-settings <file> <count>
+//       sets the settings "generation" and "padding" <count> times, printing "ready" after the
+//       first; padding is 64 KiB of the letter of the generation
+//   process_helper record-netlog <file> <count> <host>
+//       records <count> requests to <host> in the network log file, paths "/0", "/1", ...
+//   process_helper write-settings-limited <file> <bytes>
+//       under a file size limit of <bytes>, sets a padding twice that long; prints the
+//       diagnostic lines and "done"
 #include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -20,6 +29,8 @@
 #include <string>
 #include <string_view>
 
+#include "app/json_settings_store.h"
+#include "app/network_activity_log.h"
 #include "base/http.h"
 #include "llm/llama_server_manager.h"
 #include "platform/live_llm.h"
@@ -62,6 +73,38 @@ std::int32_t spawnSleeper() {
     std::abort();
 }
 
+class StandardOutputSink final : public base::DiagnosticSink {
+public:
+    void writeLine(std::string_view line) override { std::cout << line << std::endl; }
+};
+
+int writeSettings(const std::filesystem::path& file, int count) {
+    app::JsonSettingsStore store(file);
+    for (int generation = 0; generation < count; ++generation) {
+        store.set("generation", std::int64_t{generation});
+        store.set("padding", std::string(64 * 1024, static_cast<char>('a' + generation % 26)));
+        if (generation == 0) std::cout << "ready" << std::endl;
+    }
+    return 0;
+}
+
+int recordNetworkLog(const std::filesystem::path& file, int count, const std::string& host) {
+    app::NetworkActivityLog log(std::chrono::system_clock::now, file);
+    for (int i = 0; i < count; ++i) {
+        log.record(host, "/" + std::to_string(i), app::NetworkActivityLog::Purpose::webSearch);
+    }
+    return 0;
+}
+
+int writeSettingsLimited(const std::filesystem::path& file, rlim_t bytes) {
+    const rlimit limit{bytes, bytes};
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 3;
+    app::JsonSettingsStore store(file, base::Diagnostics(std::make_shared<StandardOutputSink>()));
+    store.set("padding", std::string(2 * bytes, 'x'));
+    std::cout << "done" << std::endl;
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -92,8 +135,16 @@ int main(int argc, char** argv) {
         std::cout << pid << "\n";
         crash();
     }
+    if (mode == "write-settings" && argc == 4) return writeSettings(argv[2], std::atoi(argv[3]));
+    if (mode == "record-netlog" && argc == 5) {
+        return recordNetworkLog(argv[2], std::atoi(argv[3]), argv[4]);
+    }
+    if (mode == "write-settings-limited" && argc == 4) {
+        return writeSettingsLimited(argv[2], std::strtoul(argv[3], nullptr, 10));
+    }
     std::cerr << "usage: process_helper own-server|crash-server <llama-server> <model> <port>\n"
                  "       process_helper crash-sleepers <count>\n"
-                 "       process_helper crash-unregistered\n";
+                 "       process_helper crash-unregistered\n"
+                 "       process_helper write-settings|record-netlog|write-settings-limited ...\n";
     return 2;
 }

@@ -68,6 +68,12 @@ std::optional<std::string> HelperProcess::readLine(std::chrono::milliseconds lim
     }
 }
 
+bool HelperProcess::writeLine(const std::string& line) {
+    const std::string bytes = line + "\n";
+    return input_ >= 0 &&
+           ::write(input_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+}
+
 void HelperProcess::closeInput() {
     if (input_ >= 0) ::close(input_);
     input_ = -1;

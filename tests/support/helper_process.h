@@ -24,6 +24,8 @@ public:
     // The next line the child prints, without its line end; nothing at the end of its output
     // or after `limit`.
     std::optional<std::string> readLine(std::chrono::milliseconds limit);
+    // The line and a line end on the child's input; false when it could not be written.
+    bool writeLine(const std::string& line);
     void closeInput();
     // The wait status once the child has ended within `limit`; nothing otherwise.
     std::optional<int> waitForExit(std::chrono::milliseconds limit);

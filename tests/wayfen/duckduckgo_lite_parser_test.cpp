@@ -53,6 +53,14 @@ TEST(DuckDuckGoLiteParser, ReserializedResultsReadBackUnchanged) {
     EXPECT_EQ(results[2], (Result{"Root page", "", "www.example.org", items[2].url}));
     EXPECT_EQ(results[3].host, "host.example/a b/c");
     EXPECT_EQ(results[3].url, items[3].url);
+
+    // A URL with a byte that is no UTF-8 comes back as nothing, never as a shorter URL or as
+    // markup of its own.
+    const auto broken = Parser::parse(
+        SearXNGTransport::reserialize({{"x", "https://h.example/p?a=1&\x81mp;b=2", ""},
+                                       {"y", "https://h.example/\xff' class='result-link'>Z", ""}}),
+        10);
+    EXPECT_TRUE(broken.empty()) << broken.front().url;
 }
 
 TEST(DuckDuckGoLiteParser, ReserializeWritesTheWireShape) {
