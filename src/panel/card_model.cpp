@@ -130,13 +130,12 @@ Card draftCard(const core::MessageDraft& draft, const Strings& strings, bool sen
     if (!sent) {
         card.subtitle = strings.messageDraftReadyLabel;
     } else {
-        card.subtitle = filled(mail ? strings.messageOpenedInMailTemplate
-                                    : strings.messageDeliveredTemplate,
-                               who);
+        card.subtitle = filled(
+            mail ? strings.messageOpenedInMailTemplate : strings.messageDeliveredTemplate, who);
     }
-    card.paragraphs = {"→ " + who + (mail ? " · " + std::string(strings.messageChannelMailLabel)
-                                          : std::string()),
-                       draft.body};
+    card.paragraphs = {
+        "→ " + who + (mail ? " · " + std::string(strings.messageChannelMailLabel) : std::string()),
+        draft.body};
     return card;
 }
 
@@ -190,15 +189,14 @@ Card resultCard(const Result& result, const Strings& strings) {
             using T = std::decay_t<decltype(value)>;
             if constexpr (std::is_same_v<T, Result::Files>) {
                 Card card{.title = strings.finderHeaderTitle};
-                card.subtitle =
-                    value.hits.size() == 1
-                        ? std::string(strings.finderDocumentsFoundSingular)
-                        : filled(strings.finderDocumentsFoundTemplate,
-                                 std::to_string(value.hits.size()));
+                card.subtitle = value.hits.size() == 1
+                                    ? std::string(strings.finderDocumentsFoundSingular)
+                                    : filled(strings.finderDocumentsFoundTemplate,
+                                             std::to_string(value.hits.size()));
                 for (const auto& hit : value.hits) {
                     CardRow row = fileRow(hit.name, hit.path);
-                    row.detail = hit.modifiedDate.empty() ? hit.path
-                                                          : hit.modifiedDate + " · " + hit.path;
+                    row.detail =
+                        hit.modifiedDate.empty() ? hit.path : hit.modifiedDate + " · " + hit.path;
                     card.rows.push_back(std::move(row));
                 }
                 return card;
@@ -291,8 +289,8 @@ Card resultCard(const Result& result, const Strings& strings) {
             } else if constexpr (std::is_same_v<T, Result::CalendarDeleteConfirmation>) {
                 Card card{.title = strings.calendarHeaderTitle, .subtitle = value.dayLabel};
                 for (std::size_t i = 0; i < value.events.size(); ++i) {
-                    card.rows.push_back(deleteRow(i, value.events[i].title,
-                                                  eventDetail(value.events[i], strings)));
+                    card.rows.push_back(
+                        deleteRow(i, value.events[i].title, eventDetail(value.events[i], strings)));
                 }
                 return card;
             } else if constexpr (std::is_same_v<T, Result::ReminderDeleteConfirmation>) {
@@ -318,11 +316,11 @@ Card resultCard(const Result& result, const Strings& strings) {
                 return {.title = strings.noteHeaderTitle, .paragraphs = {"✓ " + value.title}};
             } else if constexpr (std::is_same_v<T, Result::ReminderSet>) {
                 return {.title = strings.reminderHeaderTitle,
-                        .subtitle = value.fireDate
-                                        ? filled(strings.reminderSetWithTimeTemplate,
-                                                 base::formatTime(*value.fireDate,
-                                                                  "%Y-%m-%d %H:%M", false))
-                                        : std::string(strings.reminderSetNoTimeTemplate),
+                        .subtitle =
+                            value.fireDate
+                                ? filled(strings.reminderSetWithTimeTemplate,
+                                         base::formatTime(*value.fireDate, "%Y-%m-%d %H:%M", false))
+                                : std::string(strings.reminderSetNoTimeTemplate),
                         .paragraphs = {value.title}};
             } else if constexpr (std::is_same_v<T, Result::WindowArranged>) {
                 return {.title = strings.windowHeaderTitle,
@@ -351,8 +349,7 @@ Card resultCard(const Result& result, const Strings& strings) {
 
 // One line that stands for a finished step in its chain row.
 std::string stepSummary(const core::PipelineOutcome& outcome, const Strings& strings) {
-    if (const auto* result = outcome.asResult();
-        result && result->is<Result::NeedsPermission>()) {
+    if (const auto* result = outcome.asResult(); result && result->is<Result::NeedsPermission>()) {
         return strings.chainStepNeedsPermissionLabel;
     }
     const Card card = buildCard(outcome, strings);
@@ -399,10 +396,9 @@ Card buildChainCard(const std::vector<app::ChainStepState>& steps, const Strings
     const int done = static_cast<int>(std::count_if(
         steps.begin(), steps.end(), [](const auto& step) { return step.outcome.has_value(); }));
     Card card{.title = strings.chainHeaderTitle};
-    card.subtitle =
-        done == total
-            ? base::text::replaceAll(strings.chainDoneSubtitleTemplate, "%d", std::to_string(total))
-            : strings.chainProgressSubtitle(done, total);
+    card.subtitle = done == total ? base::text::replaceAll(strings.chainDoneSubtitleTemplate, "%d",
+                                                           std::to_string(total))
+                                  : strings.chainProgressSubtitle(done, total);
     for (const auto& step : steps) {
         CardRow row{.title = std::to_string(step.id + 1) + ". " + oneLine(step.subQuery)};
         if (!step.outcome) {
@@ -424,19 +420,19 @@ Card buildThinkingCard(std::optional<double> modelDownloadProgress, const String
 }
 
 ConfirmedRow describeConfirmed(const core::PipelineOutcome& outcome, const Strings& strings) {
-    if (const auto* error = outcome.asError())
-        return {ConfirmedRow::State::failed, error->message};
+    if (const auto* error = outcome.asError()) return {ConfirmedRow::State::failed, error->message};
     const Result* result = outcome.asResult();
     if (!result) return {ConfirmedRow::State::failed, strings.genericErrorMessage};
     if (result->is<Result::NeedsPermission>())
         return {ConfirmedRow::State::needsPermission, strings.chainStepNeedsPermissionLabel};
     if (const auto* deleted = result->get<Result::FileDeleted>())
-        return {ConfirmedRow::State::done, filled(strings.deleteFileDeletedTemplate, deleted->name)};
+        return {ConfirmedRow::State::done,
+                filled(strings.deleteFileDeletedTemplate, deleted->name)};
     const Card card = resultCard(*result, strings);
     if (!card.subtitle.empty()) return {ConfirmedRow::State::done, card.subtitle};
-    return {ConfirmedRow::State::done,
-            card.paragraphs.empty() ? std::string(strings.chainStepDoneLabel)
-                                    : card.paragraphs.front()};
+    return {ConfirmedRow::State::done, card.paragraphs.empty()
+                                           ? std::string(strings.chainStepDoneLabel)
+                                           : card.paragraphs.front()};
 }
 
 }  // namespace nuvrel::panel

@@ -134,8 +134,14 @@ std::optional<app::RowKeyboardActions> CardWidget::rowActions() {
     if (card_.rows.empty()) return std::nullopt;
     QPointer<CardWidget> self(this);
     return app::RowKeyboardActions{
-        .moveUp = [self] { if (self) self->moveUp(); },
-        .moveDown = [self] { if (self) self->moveDown(); },
+        .moveUp =
+            [self] {
+                if (self) self->moveUp();
+            },
+        .moveDown =
+            [self] {
+                if (self) self->moveDown();
+            },
         .activateSelected = [self] { return self && self->activateSelected(); },
         // No preview on this desktop: the space goes to the field.
         .previewSelected = [] { return false; },
@@ -143,15 +149,16 @@ std::optional<app::RowKeyboardActions> CardWidget::rowActions() {
 }
 
 void CardWidget::select(std::optional<std::size_t> index) {
-    if (selected_) {
-        rowWidgets_[*selected_]->setProperty("selected", false);
-        rowWidgets_[*selected_]->style()->polish(rowWidgets_[*selected_]);
-    }
+    const auto mark = [this](std::size_t row, bool selected) {
+        QWidget* widget = rowWidgets_[row];
+        widget->setProperty("selected", selected);
+        // A dynamic property reaches the style sheet only through a fresh polish.
+        widget->style()->unpolish(widget);
+        widget->style()->polish(widget);
+    };
+    if (selected_) mark(*selected_, false);
     selected_ = index;
-    if (selected_) {
-        rowWidgets_[*selected_]->setProperty("selected", true);
-        rowWidgets_[*selected_]->style()->polish(rowWidgets_[*selected_]);
-    }
+    if (selected_) mark(*selected_, true);
 }
 
 void CardWidget::moveDown() {

@@ -32,7 +32,7 @@ constexpr Palette lightPalette{"#ffffff", "#c8c8cc", "#1c1c1e", "#6e6e73",
 constexpr Palette darkPalette{"#1f1f21", "#3a3a3c", "#f2f2f7", "#a1a1a6",
                               "#2b3a52", "#4c9bff", "#ff6b61"};
 
-QString styleSheet(const Palette& p) {
+QString themeStyleSheet(const Palette& p) {
     return QString(R"(
         #panel { background: %1; border: 1px solid %2; }
         QLineEdit { background: %1; color: %3; border: none; padding: 10px 14px; }
@@ -187,7 +187,8 @@ void PanelWindow::confirmRow(std::size_t row) {
                                    ? CardWidget::RowState::done
                                    : CardWidget::RowState::failed);
         });
-    if (!started) card->setRowStatus(row, strings.genericErrorMessage, CardWidget::RowState::failed);
+    if (!started)
+        card->setRowStatus(row, strings.genericErrorMessage, CardWidget::RowState::failed);
 }
 
 void PanelWindow::layOut() {
@@ -214,7 +215,7 @@ void PanelWindow::applyTheme() {
     const bool dark = state_->isDark() || (options_.followPalette && window.lightness() < 128);
     if (darkApplied_ == dark) return;
     darkApplied_ = dark;
-    setStyleSheet(styleSheet(dark ? darkPalette : lightPalette));
+    setStyleSheet(themeStyleSheet(dark ? darkPalette : lightPalette));
 }
 
 void PanelWindow::showPanel() {
@@ -262,11 +263,10 @@ void PanelWindow::resigned() {
 
 void PanelWindow::scheduleDeferredHide(std::chrono::steady_clock::duration after) {
     const std::uint64_t generation = ++deferredHideGeneration_;
-    const auto delay =
-        std::chrono::duration_cast<std::chrono::milliseconds>(after) + std::chrono::milliseconds(50);
+    const auto delay = std::chrono::duration_cast<std::chrono::milliseconds>(after) +
+                       std::chrono::milliseconds(50);
     QTimer::singleShot(delay, this, [this, generation] {
-        if (generation == deferredHideGeneration_ && isVisible() && !isActiveWindow())
-            hidePanel();
+        if (generation == deferredHideGeneration_ && isVisible() && !isActiveWindow()) hidePanel();
     });
 }
 

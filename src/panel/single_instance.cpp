@@ -13,9 +13,9 @@ SingleInstance::Role SingleInstance::claim() {
     bus.registerObject(objectPath, this,
                        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties);
     // Never queued behind the owner: a second process must learn at once that it is second.
-    const auto reply = bus.interface()->registerService(
-        serviceName, QDBusConnectionInterface::DontQueueService,
-        QDBusConnectionInterface::DontAllowReplacement);
+    const auto reply =
+        bus.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+                                         QDBusConnectionInterface::DontAllowReplacement);
     if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered)
         return Role::primary;
     bus.unregisterObject(objectPath);

@@ -34,7 +34,7 @@ public:
 
     bool visible() const { return isVisible_ && isVisible_(); }
 
-public slots:
+public Q_SLOTS:
     void Toggle();
 
 private:

@@ -1,10 +1,10 @@
 #include "panel/x11_hotkey.h"
 
+#include <QtGui/qguiapplication_platform.h>
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
 
 #include <QGuiApplication>
-#include <QtGui/qguiapplication_platform.h>
 #include <array>
 #include <cstdlib>
 #include <string>
@@ -72,8 +72,7 @@ void X11Hotkey::ungrab() {
     grabbedKey_ = 0;
 }
 
-bool X11Hotkey::registerCombination(std::uint32_t keyCode, std::uint32_t modifiers,
-                                    bool atLaunch) {
+bool X11Hotkey::registerCombination(std::uint32_t keyCode, std::uint32_t modifiers, bool atLaunch) {
     if (!connection_) return false;
     if (!grab(keyCode, modifiers)) {
         if (atLaunch) {
@@ -107,7 +106,7 @@ bool X11Hotkey::reregister(std::uint32_t keyCode, std::uint32_t modifiers) {
 std::uint32_t X11Hotkey::atom(const char* name) {
     const auto cookie = xcb_intern_atom(connection_, 0, std::char_traits<char>::length(name), name);
     xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(connection_, cookie, nullptr);
-    const std::uint32_t value = reply ? reply->atom : XCB_ATOM_NONE;
+    const std::uint32_t value = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
     std::free(reply);
     return value;
 }
@@ -115,8 +114,8 @@ std::uint32_t X11Hotkey::atom(const char* name) {
 void X11Hotkey::noteActiveWindow() {
     previousWindow_ = 0;
     if (!connection_) return;
-    const auto cookie = xcb_get_property(connection_, 0, root_, atom("_NET_ACTIVE_WINDOW"),
-                                         XCB_ATOM_WINDOW, 0, 1);
+    const auto cookie =
+        xcb_get_property(connection_, 0, root_, atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 0, 1);
     xcb_get_property_reply_t* reply = xcb_get_property_reply(connection_, cookie, nullptr);
     if (reply && xcb_get_property_value_length(reply) >= 4)
         previousWindow_ = *static_cast<std::uint32_t*>(xcb_get_property_value(reply));

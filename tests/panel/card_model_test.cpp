@@ -20,9 +20,8 @@ std::vector<Kind> activations(const Card& card) {
 }
 
 TEST(CardModel, RowsCarryTheActionsTheirPayloadAllows) {
-    const Card files = buildCard(outcome(Result::Files{{{"a.pdf", "/h/a.pdf", "today"},
-                                                        {"b.txt", "/h/b.txt", ""}}}),
-                                 en);
+    const Card files = buildCard(
+        outcome(Result::Files{{{"a.pdf", "/h/a.pdf", "today"}, {"b.txt", "/h/b.txt", ""}}}), en);
     EXPECT_EQ(files.subtitle, "2 documents found");
     ASSERT_EQ(files.rows.size(), 2u);
     EXPECT_EQ(files.rows[0].activate, (CardAction{Kind::openFile, "/h/a.pdf"}));
@@ -38,8 +37,7 @@ TEST(CardModel, RowsCarryTheActionsTheirPayloadAllows) {
                            .summaryModelName = "qwen"};
     const Card web = buildCard(outcome(Result::WebAnswer{answer}), en);
     EXPECT_EQ(web.subtitle, "Summarized by qwen");
-    EXPECT_EQ(web.paragraphs,
-              (std::vector<std::string>{en.webAnswerFallbackNotice, "Paris."}));
+    EXPECT_EQ(web.paragraphs, (std::vector<std::string>{en.webAnswerFallbackNotice, "Paris."}));
     EXPECT_EQ(web.rows.at(0).activate,
               (CardAction{Kind::openURL, "https://en.wikipedia.org/wiki/Paris"}));
 
@@ -52,23 +50,24 @@ TEST(CardModel, RowsCarryTheActionsTheirPayloadAllows) {
 }
 
 TEST(CardModel, DeletionCardsConfirmEachRowByItsIndex) {
-    const Card reminders = buildCard(
-        outcome(Result::ReminderDeleteConfirmation{{{"milk", "tomorrow", "r1"}, {"eggs", {}, "r2"}}}),
-        en);
+    const Card reminders = buildCard(outcome(Result::ReminderDeleteConfirmation{
+                                         {{"milk", "tomorrow", "r1"}, {"eggs", {}, "r2"}}}),
+                                     en);
     ASSERT_EQ(reminders.rows.size(), 2u);
     EXPECT_EQ(reminders.rows[1].activate, (CardAction{Kind::confirm, "", 1}));
     EXPECT_EQ(reminders.rows[0].detail, "tomorrow");
-    const Card notes = buildCard(outcome(Result::NoteDeleteConfirmation{{{"a", "1"}, {"b", "2"}}}), en);
+    const Card notes =
+        buildCard(outcome(Result::NoteDeleteConfirmation{{{"a", "1"}, {"b", "2"}}}), en);
     EXPECT_EQ(activations(notes), (std::vector<Kind>{Kind::confirm, Kind::confirm}));
-    const Card file = buildCard(
-        outcome(Result::DeleteFileConfirmation{{"r.pdf", "/h/r.pdf", ""}}), en);
+    const Card file =
+        buildCard(outcome(Result::DeleteFileConfirmation{{"r.pdf", "/h/r.pdf", ""}}), en);
     EXPECT_EQ(file.paragraphs.at(0), "Delete “r.pdf”? It will be moved to the Trash.");
     EXPECT_EQ(file.rows.at(0).alternate.kind, Kind::revealFile);
 
     // A message is sent by its button, never by a row.
-    const Card draft = buildCard(core::PipelineOutcome::confirm(core::MessageDraft{
-                                     .recipientQuery = "mom", .body = "hi"}),
-                                 en);
+    const Card draft = buildCard(
+        core::PipelineOutcome::confirm(core::MessageDraft{.recipientQuery = "mom", .body = "hi"}),
+        en);
     EXPECT_TRUE(draft.rows.empty());
     ASSERT_EQ(draft.buttons.size(), 1u);
     EXPECT_EQ(draft.buttons[0].action, (CardAction{Kind::confirm, "", 0}));
@@ -78,11 +77,14 @@ TEST(CardModel, DeletionCardsConfirmEachRowByItsIndex) {
 TEST(CardModel, ErrorsOfferARetryOnlyWhenRetryable) {
     for (const bool retryable : {false, true}) {
         const Card card = buildCard(
-            core::PipelineOutcome::error(core::UserFacingError("Oops", "Try later", retryable)), en);
+            core::PipelineOutcome::error(core::UserFacingError("Oops", "Try later", retryable)),
+            en);
         EXPECT_EQ(card.tone, Card::Tone::error);
         EXPECT_EQ(card.title, "Oops");
         EXPECT_EQ(card.buttons.size(), retryable ? 1u : 0u);
-        if (retryable) EXPECT_EQ(card.buttons[0].action.kind, Kind::retry);
+        if (retryable) {
+            EXPECT_EQ(card.buttons[0].action.kind, Kind::retry);
+        }
     }
 }
 

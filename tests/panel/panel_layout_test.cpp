@@ -36,7 +36,7 @@ TEST(HotkeyCombination, StoredShortcutsBecomeX11Grabs) {
     // The default, Option+Space: Alt (Mod1) and the space key.
     EXPECT_EQ(x11Combination(49, 2048), (X11KeyCombination{0x20, 8}));
     EXPECT_EQ(x11Combination(40, 256 | 512 | 4096), (X11KeyCombination{'k', 64 | 1 | 4}));
-    EXPECT_EQ(x11Combination(49, 0), std::nullopt);    // no modifier: no shortcut
+    EXPECT_EQ(x11Combination(49, 0), std::nullopt);      // no modifier: no shortcut
     EXPECT_EQ(x11Combination(999, 2048), std::nullopt);  // a key the table lacks
     EXPECT_EQ(shortcutName(49, 2048), "Alt+Space");
     EXPECT_EQ(shortcutName(40, 4096 | 512), "Ctrl+Shift+K");

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QTest>
 #include <chrono>
+#include <mutex>
 
 #include "app/json_settings_store.h"
 #include "app/launch.h"
@@ -50,7 +51,8 @@ protected:
         auto created = app::AppState::create(queue, environment);
         auto runtime = std::make_shared<app::LLMRuntime>(
             app::LLMRuntime::make(*defaults, std::make_shared<base::HttpSession>(), {}));
-        created->makePipeline = app::makePipelineFactory(app::LaunchSettings{defaults, runtime, true});
+        created->makePipeline =
+            app::makePipelineFactory(app::LaunchSettings{defaults, runtime, true});
         return created;
     }
 
@@ -118,6 +120,65 @@ TEST_F(PanelWindowTest, LosingFocusHidesUnlessAHoldLiesAhead) {
         ASSERT_TRUE(waitUntil([&] { return elsewhere.isActiveWindow(); }));
         EXPECT_EQ(panel.isVisible(), hold);
     }
+}
+
+// Notes to delete, and a three-step chain; a confirmed note row is deleted and recorded.
+class ScriptedPipeline final : public pipeline::PipelineRunning {
+public:
+    core::PipelineOutcome run(std::string_view query) const override {
+        if (query == "delete notes")
+            return core::PipelineOutcome::result(
+                core::CapabilityResult::NoteDeleteConfirmation{{{"alpha", "1"}, {"beta", "2"}}});
+        return core::PipelineOutcome::result(
+            core::CapabilityResult::Calculation{"=" + std::string(query)});
+    }
+    std::optional<std::vector<std::string>> decomposeIfChain(
+        std::string_view query) const override {
+        if (query != "x then y then z") return std::nullopt;
+        return std::vector<std::string>{"x", "y", "z"};
+    }
+    std::optional<core::PipelineOutcome> carryOutConfirmed(const core::PipelineOutcome& shown,
+                                                           std::size_t row) const override {
+        const auto* notes = shown.asResult()->get<core::CapabilityResult::NoteDeleteConfirmation>();
+        std::lock_guard lock(mutex);
+        deleted.push_back(notes->notes.at(row).title);
+        return core::PipelineOutcome::result(
+            core::CapabilityResult::NoteDeleted{notes->notes.at(row).title});
+    }
+    mutable std::mutex mutex;
+    mutable std::vector<std::string> deleted;
+};
+
+TEST_F(PanelWindowTest, AChosenRowIsConfirmedAloneAndAChainShowsEveryStep) {
+    auto scripted = std::make_shared<ScriptedPipeline>();
+    state->makePipeline = [scripted](core::AppLanguage) { return scripted; };
+    panel.showPanel();
+    QTest::keyClicks(panel.field(), "delete notes");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return state->phase().asResult() != nullptr; }));
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);  // the second note only
+    ASSERT_TRUE(waitUntil([&] { return panel.card()->plainText().contains("✓ beta"); }))
+        << panel.card()->plainText().toStdString();
+    {
+        std::lock_guard lock(scripted->mutex);
+        EXPECT_EQ(scripted->deleted, std::vector<std::string>{"beta"});
+    }
+    // A done row takes no second press: Return now asks again.
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return state->phase().asResult() != nullptr; }));
+    {
+        std::lock_guard lock(scripted->mutex);
+        EXPECT_EQ(scripted->deleted.size(), 1u);
+    }
+
+    panel.field()->selectAll();
+    QTest::keyClicks(panel.field(), "x then y then z");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return state->isSettled() && state->phase().asChain(); }));
+    EXPECT_EQ(panel.card()->plainText().toStdString(),
+              "Multiple Actions\n3 actions done\n1. x\n=x\n2. y\n=y\n3. z\n=z");
 }
 
 }  // namespace
