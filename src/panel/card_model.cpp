@@ -352,6 +352,7 @@ std::string stepSummary(const core::PipelineOutcome& outcome, const Strings& str
     if (const auto* result = outcome.asResult(); result && result->is<Result::NeedsPermission>()) {
         return strings.chainStepNeedsPermissionLabel;
     }
+    if (const auto* error = outcome.asError()) return error->message;
     const Card card = buildCard(outcome, strings);
     if (!card.rows.empty() && card.paragraphs.empty()) return card.rows.front().title;
     if (!card.paragraphs.empty()) return oneLine(card.paragraphs.back());

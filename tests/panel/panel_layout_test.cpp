@@ -19,10 +19,10 @@ TEST(PanelGeometry, TheColumnAndTheWindowFollowTheScreen) {
         Rect expected;
     } cases[] = {
         // The top edge 0.82 of the height plus 80 above the bottom; at least 204 high.
-        {fallbackScreen, fallbackScreen, 100, {280, 82, 900, 204}},
-        {fallbackScreen, fallbackScreen, 500, {280, 82, 900, 500}},
+        {fallbackScreen, fallbackScreen, 100, {270, 82, 900, 204}},
+        {fallbackScreen, fallbackScreen, 500, {270, 82, 900, 500}},
         // Cut to the room above a bottom panel of 100.
-        {fallbackScreen, {0, 0, 1440, 800}, 5000, {280, 82, 900, 718}},
+        {fallbackScreen, {0, 0, 1440, 800}, 5000, {270, 82, 900, 718}},
         // A second screen to the right, 150 high: the room is under 204, the window 204.
         {{1440, 0, 1000, 150}, {1440, 0, 1000, 150}, 500, {1490, -53, 900, 204}},
     };

@@ -79,7 +79,7 @@ TEST_F(PanelWindowTest, ASentenceTypedAndReturnedShowsItsCardAndItsRowsTakeTheKe
     press(Qt::Key_Return);
     ASSERT_TRUE(waitUntil([&] { return state->phase().asResult() != nullptr; }));
     ASSERT_NE(panel.card(), nullptr);
-    EXPECT_EQ(panel.card()->plainText().toStdString(), "Calculator\nResult\n4");
+    EXPECT_EQ(panel.card()->plainText().toStdString(), "Calculator\nResult\n2 + 2 = 4");
 
     // Return on the unchanged query with no row selected runs it again; on a row, acts.
     press(Qt::Key_Return);
@@ -87,7 +87,7 @@ TEST_F(PanelWindowTest, ASentenceTypedAndReturnedShowsItsCardAndItsRowsTakeTheKe
     ASSERT_TRUE(waitUntil([&] { return state->phase().asResult() != nullptr; }));
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_EQ(copied, std::vector<std::string>{"4"});
+    EXPECT_EQ(copied, std::vector<std::string>{"2 + 2 = 4"});
     press(Qt::Key_Up);
     press(Qt::Key_C, Qt::ControlModifier);  // nothing selected: nothing copied
     EXPECT_EQ(copied.size(), 1u);
