@@ -18,6 +18,7 @@ packages=(
   libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
   libgtest-dev libgmock-dev libbenchmark-dev curl
   qt6-base-dev qt6-qpa-plugins libxcb1-dev libxcb-keysyms1-dev fonts-noto-cjk fonts-noto-color-emoji
+  xvfb xdotool
 )
 
 missing_packages() {
