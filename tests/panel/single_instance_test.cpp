@@ -68,7 +68,7 @@ TEST(SingleInstance, TheX11ShortcutTogglesThePanel) {
     nuvrel::test::TemporaryHome home;
     HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
     HelperProcess xvfb{
-        {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
+        {"/usr/bin/Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
     const std::string address = bus.readLine(10s).value_or("");
     const std::string display = ":" + xvfb.readLine(10s).value_or("");
     ASSERT_FALSE(address.empty());
@@ -81,7 +81,7 @@ TEST(SingleInstance, TheX11ShortcutTogglesThePanel) {
     HelperProcess panel{{NUVREL_PANEL_PATH, "--background"}};
     ASSERT_EQ(waitForVisible(false), false);
     for (const bool shown : {true, false}) {
-        HelperProcess press{{"xdotool", "key", "alt+space"}};
+        HelperProcess press{{"/usr/bin/xdotool", "key", "alt+space"}};
         EXPECT_EQ(exitStatusOf(press), 0);
         EXPECT_EQ(waitForVisible(shown), shown);
     }
