@@ -21,6 +21,7 @@ packages=(
   xclip mpv mpv-mpris
   libsecret-1-dev gnome-keyring help2man
   clang-14 libclang-rt-14-dev
+  qt6-base-dev qt6-qpa-plugins libxcb-keysyms1-dev fonts-noto-cjk fonts-noto-color-emoji xdotool
 )
 
 missing_packages() {

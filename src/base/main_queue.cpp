@@ -7,9 +7,12 @@ namespace nuvrel::base {
 MainQueue::MainQueue() : mainThread_(std::this_thread::get_id()) {}
 
 void MainQueue::post(std::function<void()> job) {
-    std::lock_guard lock(mutex_);
-    jobs_.push_back(std::move(job));
-    changed_.notify_all();
+    {
+        std::lock_guard lock(mutex_);
+        jobs_.push_back(std::move(job));
+        changed_.notify_all();
+    }
+    if (wakeListener_) wakeListener_();
 }
 
 std::optional<std::function<void()>> MainQueue::take(const std::function<bool()>& done) {
@@ -68,9 +71,12 @@ void MainQueue::stop() {
 }
 
 void MainQueue::wake() {
-    std::lock_guard lock(mutex_);
-    woken_ = true;
-    changed_.notify_all();
+    {
+        std::lock_guard lock(mutex_);
+        woken_ = true;
+        changed_.notify_all();
+    }
+    if (wakeListener_) wakeListener_();
 }
 
 }  // namespace nuvrel::base

@@ -44,6 +44,10 @@ public:
     void stop();
     // Makes a waiting runUntil check its condition again.
     void wake();
+    // Called after every post() and wake(), on the calling thread, so that an event loop of
+    // another kind (the panel's) can drain the queue when work arrives. Set it before any
+    // other thread posts.
+    void setWakeListener(std::function<void()> listener) { wakeListener_ = std::move(listener); }
 
 private:
     std::optional<std::function<void()>> take(const std::function<bool()>& done);
@@ -54,6 +58,7 @@ private:
     std::deque<std::function<void()>> jobs_;
     bool stopped_ = false;
     bool woken_ = false;
+    std::function<void()> wakeListener_;
 };
 
 template <class F>

@@ -1,0 +1,92 @@
+// One panel per session over a private session bus: later starts toggle the first and end.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <thread>
+
+#include "support/environment_override.h"
+#include "support/helper_process.h"
+#include "support/temporary_home.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using nuvrel::test::HelperProcess;
+
+// The first panel's Visible property as the bus reports it; nothing while no one serves it.
+std::optional<bool> panelVisible() {
+    FILE* out = ::popen(
+        "dbus-send --session --print-reply --dest=com.nuvrel.Panel /com/nuvrel/Panel "
+        "org.freedesktop.DBus.Properties.Get string:com.nuvrel.Panel string:Visible 2>/dev/null",
+        "r");
+    std::string reply;
+    char buffer[256];
+    while (out && std::fgets(buffer, sizeof buffer, out)) reply += buffer;
+    if (!out || ::pclose(out) != 0) return std::nullopt;
+    return reply.find("boolean true") != std::string::npos;
+}
+
+std::optional<bool> waitForVisible(std::optional<bool> wanted) {
+    std::optional<bool> seen;
+    for (int i = 0; i < 200 && (seen = panelVisible()) != wanted; ++i)
+        std::this_thread::sleep_for(100ms);
+    return seen;
+}
+
+int exitStatusOf(HelperProcess& process) {
+    const auto status = process.waitForExit(20s);
+    return status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
+}
+
+TEST(SingleInstance, ASecondStartTogglesTheFirstAndEnds) {
+    nuvrel::test::TemporaryHome home;
+    HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
+    const std::string address = bus.readLine(10s).value_or("");
+    ASSERT_FALSE(address.empty());
+    nuvrel::test::EnvironmentOverride environment("DBUS_SESSION_BUS_ADDRESS", address.c_str());
+    environment.set("QT_QPA_PLATFORM", "offscreen");
+    environment.set("XDG_RUNTIME_DIR", home.path().c_str());
+
+    HelperProcess first{{NUVREL_PANEL_PATH, "--background"}};
+    ASSERT_EQ(waitForVisible(false), false);
+    for (const bool shown : {true, false}) {
+        HelperProcess second{{NUVREL_PANEL_PATH, "--toggle"}};
+        EXPECT_EQ(exitStatusOf(second), 0);
+        EXPECT_EQ(waitForVisible(shown), shown);
+    }
+    // SIGTERM is an ordinary quit.
+    ::kill(first.pid(), SIGTERM);
+    EXPECT_EQ(exitStatusOf(first), 0);
+    EXPECT_EQ(panelVisible(), std::nullopt);
+}
+
+// The default shortcut, Alt+Space, grabbed on a real X server and pressed by xdotool.
+TEST(SingleInstance, TheX11ShortcutTogglesThePanel) {
+    nuvrel::test::TemporaryHome home;
+    HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
+    HelperProcess xvfb{
+        {"/usr/bin/Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
+    const std::string address = bus.readLine(10s).value_or("");
+    const std::string display = ":" + xvfb.readLine(10s).value_or("");
+    ASSERT_FALSE(address.empty());
+    ASSERT_NE(display, ":");
+    nuvrel::test::EnvironmentOverride environment("DBUS_SESSION_BUS_ADDRESS", address.c_str());
+    environment.set("DISPLAY", display.c_str());
+    environment.set("QT_QPA_PLATFORM", "xcb");
+    environment.set("XDG_RUNTIME_DIR", home.path().c_str());
+
+    HelperProcess panel{{NUVREL_PANEL_PATH, "--background"}};
+    ASSERT_EQ(waitForVisible(false), false);
+    for (const bool shown : {true, false}) {
+        HelperProcess press{{"/usr/bin/xdotool", "key", "alt+space"}};
+        EXPECT_EQ(exitStatusOf(press), 0);
+        EXPECT_EQ(waitForVisible(shown), shown);
+    }
+    ::kill(panel.pid(), SIGTERM);
+    EXPECT_EQ(exitStatusOf(panel), 0);
+}
+
+}  // namespace
