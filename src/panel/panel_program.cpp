@@ -15,9 +15,12 @@
 #include "app/debug_log.h"
 #include "app/json_settings_store.h"
 #include "app/launch.h"
+#include "app/lazy_llm_runtime.h"
+#include "app/models_command.h"
 #include "base/http.h"
 #include "base/main_queue.h"
 #include "base/paths.h"
+#include "llm/model_resolution.h"
 #include "panel/autostart_entry.h"
 #include "panel/hotkey_combination.h"
 #include "panel/panel_arguments.h"
@@ -25,6 +28,7 @@
 #include "panel/single_instance.h"
 #include "panel/x11_hotkey.h"
 #include "platform/linux/geoclue_location_provider.h"
+#include "platform/linux/secret_service_keychain.h"
 
 extern char** environ;
 
@@ -164,13 +168,16 @@ int runPanelProgram(int argc, char** argv) {
     if (auto lang = environmentValue("NUVREL_DEBUG_LANG"))
         environment.languageOverride = core::appLanguageFromRawValue(*lang);
     auto httpSession = std::make_shared<base::HttpSession>();
-    auto runtime = std::make_shared<app::LLMRuntime>(
-        app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort()));
-    environment.defaultModelFileName = runtime->manager->modelPath().filename().string();
+    auto runtime = std::make_shared<app::LazyLLMRuntime>([defaults, httpSession, diagnostics] {
+        return app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort());
+    });
+    environment.defaultModelFileName = app::modelFileInUse(*defaults, paths.modelsDirectory())
+                                           .value_or(std::string(llm::interimModelFileName));
     auto state = app::AppState::create(queue, environment);
     app::LaunchSettings launch{defaults, runtime, false};
     launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
                                                                   paths.networkActivityFile());
+    launch.keychain = std::make_shared<platform::SecretServiceKeychain>(diagnostics);
     launch.session = httpSession;
     launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
     launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();

@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 
 #include <array>
+#include <cstdint>
 
 #include "base/regex.h"
 #include "base/text.h"
@@ -141,7 +142,8 @@ std::string formatDisplayText(const std::vector<DurationComponent>& components) 
     bool korean = false;
     for (const DurationComponent& component : components) {
         auto& sum = sums[static_cast<int>(component.unit)];
-        checked(__builtin_add_overflow(sum, component.value, &sum), 0);
+        // Saturates: the display of a sum past 64 bits is no timer anyway.
+        if (__builtin_add_overflow(sum, component.value, &sum)) sum = INT64_MAX;
         korean = korean || component.isKoreanUnit;
     }
     static constexpr std::array<std::string_view, 3> koreanSuffixes = {"시간", "분", "초"};

@@ -81,14 +81,16 @@ std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::Pip
         return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
             return desktop::DeleteFileCapability{language, fileServices}.confirmDelete(
                 file->file.path);
-            if (const auto* notes = card->get<core::CapabilityResult::NoteDeleteConfirmation>()) {
-                if (row >= notes->notes.size() || !notesCapability.store) return std::nullopt;
-                const core::NoteListItem note = notes->notes[row];
-                return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
-                    return notesCapability.confirmDelete(note.identifier, note.title);
-                });
-            }
-            return std::nullopt;
+        });
+    }
+    if (const auto* notes = card->get<core::CapabilityResult::NoteDeleteConfirmation>()) {
+        if (row >= notes->notes.size() || !notesCapability.store) return std::nullopt;
+        const core::NoteListItem note = notes->notes[row];
+        return outcomeOfCall(ErrorRule::userFacingAsThrown, strings, diagnostics, [&] {
+            return notesCapability.confirmDelete(note.identifier, note.title);
+        });
+    }
+    return std::nullopt;
 }
 
-    }  // namespace nuvrel::pipeline
+}  // namespace nuvrel::pipeline

@@ -11,6 +11,7 @@
 
 #include "app/json_settings_store.h"
 #include "app/launch.h"
+#include "app/lazy_llm_runtime.h"
 #include "base/paths.h"
 #include "support/temporary_home.h"
 
@@ -49,8 +50,9 @@ protected:
         environment.userDefaults = defaults;
         environment.languageOverride = core::AppLanguage::en;
         auto created = app::AppState::create(queue, environment);
-        auto runtime = std::make_shared<app::LLMRuntime>(
-            app::LLMRuntime::make(*defaults, std::make_shared<base::HttpSession>(), {}));
+        auto runtime = std::make_shared<app::LazyLLMRuntime>([defaults] {
+            return app::LLMRuntime::make(*defaults, std::make_shared<base::HttpSession>(), {});
+        });
         created->makePipeline =
             app::makePipelineFactory(app::LaunchSettings{defaults, runtime, true});
         return created;

@@ -31,10 +31,10 @@ TEST(TimerFastPath, ReadsDurationsInFourLanguages) {
         ASSERT_TRUE(request) << c.query;
         EXPECT_EQ(*request, (core::TimerRequest{c.seconds, c.display})) << c.query;
     }
-    for (const char* nothing : {"5분", "timers 5 min", "timer-app 5 min", "egg-timer 5 min",
-                                "3분의 1 타이머", "0분 타이머", "timer 5 minx",
-                                "remind me in 10 minutes timer", "타이머 100000000000000000000분",
-                                "타이머 007766279631452241919분"})
+    for (const char* nothing :
+         {"5분", "timers 5 min", "timer-app 5 min", "egg-timer 5 min", "3분의 1 타이머",
+          "0분 타이머", "timer 5 minx", "remind me in 10 minutes timer",
+          "타이머 100000000000000000000분", "타이머 007766279631452241919분"})
         EXPECT_FALSE(TimerFastPath::match(nothing)) << nothing;
     EXPECT_EQ(TimerFastPath::request("ten minutes"), std::nullopt);
     EXPECT_EQ(TimerFastPath::request("10 minutes"), (core::TimerRequest{600, "10 minutes"}));
