@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <thread>
 #include <vector>
 
 #include "app/settings_catalog.h"
@@ -112,31 +110,6 @@ TEST_F(JsonSettingsStoreFile, ValuesRoundTripThroughTheFileWithTheirTypes) {
     EXPECT_EQ(reloaded.number("modelUpdateLastCheck"), 1718000000.25);
     EXPECT_EQ(reloaded.string("searxngEndpoint"), "https://例え.jp/検索");
     EXPECT_FALSE(reloaded.contains("gone"));
-}
-
-TEST_F(JsonSettingsStoreFile, ReadersOfTheFileNeverSeeAHalfWrittenObject) {
-    JsonSettingsStore store(file);
-    store.set("padding", std::string(16 * 1024, 'x'));
-    std::atomic<bool> writing{true};
-    std::atomic<int> torn{0}, reads{0};
-    std::thread reader([&] {
-        while (writing) {
-            const auto bytes = base::readFile(file);
-            if (!bytes) continue;
-            ++reads;
-            if (!nlohmann::json::parse(*bytes, nullptr, false).is_object()) ++torn;
-        }
-    });
-    for (std::int64_t i = 0; i < 40; ++i) store.set("counter", i);
-    writing = false;
-    reader.join();
-    EXPECT_EQ(torn, 0);
-    EXPECT_GT(reads, 0);
-    // The temporary files of the writes are gone.
-    std::vector<fs::path> left;
-    for (const auto& entry : fs::directory_iterator(file.parent_path()))
-        left.push_back(entry.path());
-    EXPECT_EQ(left, std::vector<fs::path>{file});
 }
 
 TEST_F(JsonSettingsStoreFile, AnUnwritableFileKeepsTheValueForTheSession) {

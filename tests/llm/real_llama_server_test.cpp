@@ -132,36 +132,6 @@ TEST_F(RealLlamaServerTest, SpawnsOnceForConcurrentCallersRoutesAndStops) {
     EXPECT_FALSE(std::filesystem::exists(pidFile(port)));
 }
 
-TEST_F(RealLlamaServerTest, AGuestWithALiveOwnerIsUsedAndNeverStopped) {
-    constexpr int port = 18662;
-    ForeignProcess owner({"/bin/sleep", "60"});
-    auto guest = foreignServer(port);
-    const std::string record =
-        std::to_string(owner.pid()) + ":" + std::to_string(guest->pid()) + ":model.gguf";
-    base::writeFileAtomically(pidFile(port), record);
-
-    auto server = manager(port);
-    server->ensureRunning();
-    EXPECT_TRUE(processes->spawned().empty());
-    server->stop();
-    std::this_thread::sleep_for(200ms);
-    EXPECT_FALSE(guest->exited());
-    EXPECT_EQ(base::readFile(pidFile(port)), record);
-}
-
-TEST_F(RealLlamaServerTest, AnOrphanOfADeadOwnerIsKilledBeforeANewSpawn) {
-    constexpr int port = 18663;
-    auto orphan = foreignServer(port);
-    base::writeFileAtomically(pidFile(port), std::to_string(deadPID()) + ":" +
-                                                 std::to_string(orphan->pid()) + ":model.gguf");
-    auto server = manager(port);
-    server->ensureRunning();
-    EXPECT_TRUE(orphan->waitForExit(5s));
-    ASSERT_EQ(processes->spawned().size(), 1u);
-    EXPECT_EQ(processes->listeningPIDs(port), processes->spawned());
-    EXPECT_TRUE(healthy(port));
-}
-
 TEST_F(RealLlamaServerTest, AReusedPIDThatIsNotLlamaServerIsNeverSignalled) {
     constexpr int port = 18664;
     // The same server under another name: it listens and serves our model, but it is not ours.
