@@ -142,27 +142,6 @@ TEST(LocalizedStrings, DownloadPercentKeepsItsLiteralPercentSign) {
     }
 }
 
-TEST(LocalizedStrings, PurposeLabelsFollowTheLogOrderAndFallBackToWebSearch) {
-    for (AppLanguage language : allAppLanguages) {
-        SCOPED_TRACE(nameOf(language));
-        const LocalizedStrings& strings = LocalizedStrings::strings(language);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(0),
-                  &strings.networkActivityPurposeWebSearchLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(1),
-                  &strings.networkActivityPurposeWeatherLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(2),
-                  &strings.networkActivityPurposeCurrencyLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(3),
-                  &strings.networkActivityPurposeModelDownloadLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(4),
-                  &strings.networkActivityPurposeModelUpdateCheckLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(5),
-                  &strings.networkActivityPurposeWebSearchLabel);
-        EXPECT_EQ(&strings.networkActivityPurposeLabel(static_cast<std::size_t>(-1)),
-                  &strings.networkActivityPurposeWebSearchLabel);
-    }
-}
-
 // The help matcher's phrases after its normal form (lower case, no white space, no trailing
 // punctuation): the help menu item's query must be one of them in every language.
 TEST(LocalizedStrings, HelpQueryIsAPhraseTheHelpMatcherAccepts) {

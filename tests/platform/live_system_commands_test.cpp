@@ -5,15 +5,15 @@
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <sstream>
-#include <thread>
 #include <vector>
 
 #include "core/localized_strings.h"
 #include "core/user_facing_error.h"
+#include "support/bus_stand_in.h"
 #include "support/environment_override.h"
 #include "support/error_of.h"
 #include "support/private_bus.h"
@@ -29,42 +29,6 @@ constexpr const char* managerXml =
     "<method name='Suspend'><arg type='b' direction='in'/></method>"
     "<method name='LockSession'><arg type='s' direction='in'/></method></interface></node>";
 
-// Answers logind's two calls on the bus under logind's name and records them.
-class LogindStandIn {
-public:
-    explicit LogindStandIn(const std::string& address) {
-        connection_ = g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr);
-        GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(managerXml, nullptr);
-        static const GDBusInterfaceVTable vtable = {&LogindStandIn::call, nullptr, nullptr, {}};
-        g_dbus_connection_register_object(connection_, "/org/freedesktop/login1",
-                                          node->interfaces[0], &vtable, this, nullptr, nullptr);
-        g_dbus_node_info_unref(node);
-        g_variant_unref(g_dbus_connection_call_sync(
-            connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "RequestName", g_variant_new("(su)", "org.freedesktop.login1", 0u), nullptr,
-            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    }
-    ~LogindStandIn() { g_object_unref(connection_); }
-
-    // Filled on the thread that runs the default main context.
-    std::vector<std::string> calls;
-
-private:
-    static void call(GDBusConnection*, const char*, const char*, const char*, const char* method,
-                     GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self) {
-        gchar* arguments = g_variant_print(parameters, false);
-        static_cast<LogindStandIn*>(self)->calls.push_back(std::string(method) + arguments);
-        g_free(arguments);
-        g_dbus_method_invocation_return_value(invocation, nullptr);
-    }
-
-    GDBusConnection* connection_;
-};
-
 TEST(LiveSystemCommands, LockAndSleepGoToLogindAndAnAbsentLogindIsNamed) {
     test::PrivateBus bus;
     ASSERT_FALSE(bus.address.empty());
@@ -74,18 +38,20 @@ TEST(LiveSystemCommands, LockAndSleepGoToLogindAndAnAbsentLogindIsNamed) {
     const auto operations = liveSystemCommandOperations(settings);
     EXPECT_EQ(test::errorOf<core::UserFacingError>(operations.lockScreen),
               core::UserFacingError(en.systemToolMissingMessage("logind")));
-    LogindStandIn logind(bus.address);
-    // The stand-in's connection dispatches in the default main context.
-    std::atomic<bool> done = false;
-    std::thread loop([&] {
-        while (!done)
-            if (!g_main_context_iteration(nullptr, false)) g_usleep(1000);
-    });
+    std::mutex mutex;
+    std::vector<std::string> calls;
+    const test::BusStandIn logind(bus.address, "org.freedesktop.login1",
+                                  {{"/org/freedesktop/login1", managerXml}},
+                                  [&](const std::string&, const std::string& method, GVariant* in) {
+                                      gchar* arguments = g_variant_print(in, false);
+                                      const std::lock_guard lock(mutex);
+                                      calls.push_back(method + arguments);
+                                      g_free(arguments);
+                                      return static_cast<GVariant*>(nullptr);
+                                  });
     operations.lockScreen();
     operations.sleep();
-    done = true;
-    loop.join();
-    EXPECT_EQ(logind.calls, (std::vector<std::string>{"LockSession('c7',)", "Suspend(true,)"}));
+    EXPECT_EQ(calls, (std::vector<std::string>{"LockSession('c7',)", "Suspend(true,)"}));
 }
 
 TEST(LiveSystemCommands, VolumeAndMuteThroughWpctlAndAMissingToolIsNamed) {

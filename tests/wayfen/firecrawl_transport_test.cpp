@@ -81,9 +81,6 @@ TEST(FirecrawlTransport, StatusesAndBadBodiesMapToTheirErrors) {
     EXPECT_EQ(failureFor(200, R"({"data": {"web": [{"title": "a", "url": "u", "markdown": 3}]}})"),
               FirecrawlTransportError::undecodableBody());
     EXPECT_EQ(failureFor(200, fine), std::nullopt);
-
-    EXPECT_EQ(FirecrawlTransportError::creditsExhausted().description(), "creditsExhausted");
-    EXPECT_EQ(FirecrawlTransportError::badHTTPStatus(403).description(), "badHTTPStatus(403)");
 }
 
 TEST(FirecrawlTransport, AnAbsentDataOrWebListIsEmptyTextNotAnError) {

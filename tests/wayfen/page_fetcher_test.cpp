@@ -324,16 +324,5 @@ TEST(PageFetcherCancellation, CancellingTheCallerEndsFetchAllWithCancelled) {
     EXPECT_TRUE(transport->hangCancelled.isRaised());
 }
 
-TEST(PageFetchErrorDescription, NamesTheCaseAndItsPayload) {
-    EXPECT_EQ(PageFetchError::badStatus(404).description(), "badStatus(404)");
-    EXPECT_EQ(PageFetchError::unsupportedContentType("application/pdf").description(),
-              "unsupportedContentType(application/pdf)");
-    EXPECT_EQ(PageFetchError::unsupportedContentType(std::nullopt).description(),
-              "unsupportedContentType(none)");
-    EXPECT_STREQ(PageFetchError::unsafeDestination().what(), "unsafeDestination");
-    EXPECT_NE(PageFetchError::badStatus(404), PageFetchError::badStatus(500));
-    EXPECT_NE(PageFetchError::timedOut(), PageFetchError::tooLarge());
-}
-
 }  // namespace
 }  // namespace wayfen
