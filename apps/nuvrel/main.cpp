@@ -147,21 +147,10 @@ int main(int argc, char** argv) {
     const auto paths = base::XdgPaths::fromEnvironment();
     auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile(), diagnostics);
     app::reportMistypedSettings(*defaults, diagnostics);
-    auto httpSession = std::make_shared<base::HttpSession>();
-    // The model files are looked for, and the servers made, on the first sentence that needs
-    // them.
-    auto runtime = std::make_shared<app::LazyLLMRuntime>([defaults, httpSession, diagnostics] {
-        return app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort());
-    });
-    app::LaunchSettings launch{defaults, runtime, command.options.noNetwork};
-    launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
-                                                                  paths.networkActivityFile());
-    launch.keychain = std::make_shared<platform::SecretServiceKeychain>(diagnostics);
-    launch.session = httpSession;
-    launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
-    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
-    launch.diagnostics = diagnostics;
-    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
+    const app::LaunchSettings launch =
+        app::liveLaunchSettings(defaults, std::make_shared<base::HttpSession>(), routerPort(),
+                                command.options.noNetwork, diagnostics);
+    const auto runtime = launch.runtime;
     const auto makePipeline = app::makePipelineFactory(launch);
     if (command.verb == app::CommandLine::Verb::explain) {
         const auto language = app::interfaceLanguage(

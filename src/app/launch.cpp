@@ -1,5 +1,6 @@
 #include "app/launch.h"
 
+#include <cstdlib>
 #include <optional>
 #include <string_view>
 
@@ -24,9 +25,11 @@
 #include "platform/linux/desktop_messenger.h"
 #include "platform/linux/detached_timer_center.h"
 #include "platform/linux/file_walk_search.h"
+#include "platform/linux/geoclue_location_provider.h"
 #include "platform/linux/live_system_commands.h"
 #include "platform/linux/markdown_notes_folder.h"
 #include "platform/linux/mpris_player.h"
+#include "platform/linux/secret_service_keychain.h"
 #include "platform/linux/vcard_folder.h"
 #include "platform/linux/vdir_calendar_store.h"
 #include "platform/linux/vdir_reminder_store.h"
@@ -302,6 +305,25 @@ std::vector<std::string> preferredLanguagesFromEnvironment(const char* const* en
         }
     }
     return tags;
+}
+
+LaunchSettings liveLaunchSettings(std::shared_ptr<SettingsStoring> userDefaults,
+                                  std::shared_ptr<base::HttpSession> session, int routerPort,
+                                  bool networkForbidden, const base::Diagnostics& diagnostics) {
+    auto runtime =
+        std::make_shared<LazyLLMRuntime>([userDefaults, session, diagnostics, routerPort] {
+            return LLMRuntime::make(*userDefaults, session, diagnostics, routerPort);
+        });
+    LaunchSettings launch{userDefaults, std::move(runtime), networkForbidden};
+    launch.networkLog = std::make_shared<NetworkActivityLog>(
+        std::chrono::system_clock::now, base::XdgPaths::fromEnvironment().networkActivityFile());
+    launch.keychain = std::make_shared<platform::SecretServiceKeychain>(diagnostics);
+    launch.session = std::move(session);
+    launch.debugWebBadHost = std::getenv("NUVREL_DEBUG_WEB_BAD_HOST") != nullptr;
+    launch.debugSlotsLogging = std::getenv("NUVREL_DEBUG_QUERY") != nullptr;
+    launch.diagnostics = diagnostics;
+    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
+    return launch;
 }
 
 }  // namespace nuvrel::app

@@ -79,6 +79,14 @@ struct LaunchSettings {
     std::shared_ptr<core::CurrentLocationProviding> locationProvider{};
 };
 
+// The launch settings of a program on this desktop: a runtime whose model files are looked for,
+// and whose servers are made, on the first sentence that needs them; the network log of the
+// user's data folder; the Secret Service for keys; GeoClue for the position; and the debug hooks
+// NUVREL_DEBUG_WEB_BAD_HOST and NUVREL_DEBUG_QUERY of the environment.
+LaunchSettings liveLaunchSettings(std::shared_ptr<SettingsStoring> userDefaults,
+                                  std::shared_ptr<base::HttpSession> session, int routerPort,
+                                  bool networkForbidden, const base::Diagnostics& diagnostics);
+
 // A pipeline per run, so that a changed setting needs no restart. The web chain and the page
 // fetcher are built once, here.
 AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings);

@@ -14,7 +14,8 @@ namespace nuvrel::base {
 std::optional<std::string> readFile(const std::filesystem::path& path);
 
 // Writes through a temporary file in the same folder, flushed and renamed over the target.
-// Creates missing parent folders. Throws std::filesystem::filesystem_error on failure.
+// Creates missing parent folders. The file is its owner's alone (mode 0600, as mkstemp makes
+// it). Throws std::filesystem::filesystem_error on failure.
 void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes);
 
 // Runs `body` holding an exclusive advisory lock (flock) on `lockFile`, created when missing,

@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <cctype>
 #include <memory>
 #include <stdexcept>
 
@@ -141,7 +142,12 @@ std::optional<Url> Url::parse(std::string_view text) {
     if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const auto separator = text.find("://");
     if (separator == std::string_view::npos || separator == 0) return std::nullopt;
-    if (text.substr(0, separator).find_first_of("/?#") != std::string_view::npos) {
+    // A scheme is a letter and then letters, digits, "+", "-" or ".": "file:https:///" would
+    // otherwise be read as a file URL whose path does not start with "/".
+    const std::string_view scheme = text.substr(0, separator);
+    if (std::isalpha(static_cast<unsigned char>(scheme.front())) == 0 ||
+        scheme.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                 "0123456789+-.") != std::string_view::npos) {
         return std::nullopt;
     }
     const auto authorityStart = separator + 3;

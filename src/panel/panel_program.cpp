@@ -167,22 +167,12 @@ int runPanelProgram(int argc, char** argv) {
     environment.diagnostics = diagnostics;
     if (auto lang = environmentValue("NUVREL_DEBUG_LANG"))
         environment.languageOverride = core::appLanguageFromRawValue(*lang);
-    auto httpSession = std::make_shared<base::HttpSession>();
-    auto runtime = std::make_shared<app::LazyLLMRuntime>([defaults, httpSession, diagnostics] {
-        return app::LLMRuntime::make(*defaults, httpSession, diagnostics, routerPort());
-    });
     environment.defaultModelFileName = app::modelFileInUse(*defaults, paths.modelsDirectory())
                                            .value_or(std::string(llm::interimModelFileName));
     auto state = app::AppState::create(queue, environment);
-    app::LaunchSettings launch{defaults, runtime, false};
-    launch.networkLog = std::make_shared<app::NetworkActivityLog>(std::chrono::system_clock::now,
-                                                                  paths.networkActivityFile());
-    launch.keychain = std::make_shared<platform::SecretServiceKeychain>(diagnostics);
-    launch.session = httpSession;
-    launch.debugWebBadHost = environmentValue("NUVREL_DEBUG_WEB_BAD_HOST").has_value();
-    launch.debugSlotsLogging = environmentValue("NUVREL_DEBUG_QUERY").has_value();
-    launch.diagnostics = diagnostics;
-    launch.locationProvider = std::make_shared<platform::GeoClueLocationProvider>();
+    const app::LaunchSettings launch = app::liveLaunchSettings(
+        defaults, std::make_shared<base::HttpSession>(), routerPort(), false, diagnostics);
+    const auto runtime = launch.runtime;
     state->makePipeline = app::makePipelineFactory(launch);
 
     const bool debugShow = environmentValue("NUVREL_DEBUG_SHOW_PANEL").has_value();
