@@ -162,6 +162,10 @@ std::optional<Url> Url::parse(std::string_view text) {
     }
 
     auto rawHost = getPart(handle.get(), CURLUPART_HOST).value_or("");
+    // libcurl decodes "%7f" in a host into the byte itself, which no URL text may hold.
+    if (std::any_of(rawHost.begin(), rawHost.end(),
+                    [](unsigned char c) { return c <= 0x20 || c == 0x7f; }))
+        return std::nullopt;
     const std::string lowerHost = asciiLower(rawHost);
     if (lowerHost != rawHost) {
         // Setting the host drops the zone of an IPv6 literal, so it is put back.

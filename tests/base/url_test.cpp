@@ -55,11 +55,26 @@ TEST(Url, ParsesAndNormalisesItsParts) {
 }
 
 TEST(Url, RefusesRelativeReferencesAndGarbage) {
-    for (const char* text :
-         {"", "not a url", "/path", "//example.com/x", "example.com", "http://",
-          "http://exa mple.com/", "http://[::1", "http://h.com:99999/", "http://h.com:0/",
-          "http:a.b", "http:/a.b/", "http://a.b/x\ny", "mailto:a@b.c", " http://a.b/", "://a.b/",
-          "a/b://c.d/", "file:https:///", "1http://a.b/"}) {
+    for (const char* text : {"",
+                             "not a url",
+                             "/path",
+                             "//example.com/x",
+                             "example.com",
+                             "http://",
+                             "http://exa mple.com/",
+                             "http://[::1",
+                             "http://h.com:99999/",
+                             "http://h.com:0/",
+                             "http:a.b",
+                             "http:/a.b/",
+                             "http://a.b/x\ny",
+                             "mailto:a@b.c",
+                             " http://a.b/",
+                             "://a.b/",
+                             "a/b://c.d/",
+                             "file:https:///",
+                             "1http://a.b/",
+                             "http://0%7f.1/"}) {
         EXPECT_EQ(Url::parse(text), std::nullopt) << text;
     }
     // A NUL byte ends no text early: the whole text is the URL or there is none.

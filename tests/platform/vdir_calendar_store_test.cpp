@@ -53,7 +53,8 @@ protected:
                         "DTEND;TZID=Europe/Berlin:20260610T093000\r\nEND:VEVENT\r\n"));
         write(work / "allday.ics",
               vcalendar(
-                  "BEGIN:VEVENT\r\nUID:allday\r\nSUMMARY:Offsite\r\n"
+                  // A byte of another encoding comes back as U+FFFD.
+                  "BEGIN:VEVENT\r\nUID:allday\r\nSUMMARY:Offsite\xff\r\n"
                   "DTSTART;VALUE=DATE:20260611\r\nDTEND;VALUE=DATE:20260613\r\nEND:VEVENT\r\n"));
         // Weekly on Wednesdays at 14:00 local, 3 June skipped, 17 June moved to the Thursday.
         write(own / "weekly.ics",
@@ -83,9 +84,9 @@ protected:
 TEST_F(VdirCalendarStoreTest, QueriesExpandSeriesAndHonourZonesAndAllDayDates) {
     using Lines = std::vector<std::string>;
     EXPECT_EQ(listing(1, 8), Lines{});
-    EXPECT_EQ(listing(8, 15),
-              (Lines{"06-10 03:00 Standup", "06-10 14:00 Piano", "06-11 00:00 Offsite (all day)"}));
-    EXPECT_EQ(listing(12, 13), (Lines{"06-11 00:00 Offsite (all day)"}));
+    EXPECT_EQ(listing(8, 15), (Lines{"06-10 03:00 Standup", "06-10 14:00 Piano",
+                                     "06-11 00:00 Offsite\uFFFD (all day)"}));
+    EXPECT_EQ(listing(12, 13), (Lines{"06-11 00:00 Offsite\uFFFD (all day)"}));
     EXPECT_EQ(listing(15, 22), (Lines{"06-18 16:00 Piano (moved)"}));
     EXPECT_EQ(listing(22, 29), (Lines{"06-24 14:00 Piano"}));
     // Broken and start-less files are skipped, once each, and counted.

@@ -7,6 +7,7 @@
 
 #include "base/diagnostics.h"
 #include "base/files.h"
+#include "base/text.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -45,8 +46,11 @@ std::optional<IcsItem> readItem(icalcomponent* component,
                                 const personal::GregorianCalendar& calendar, bool isEvent) {
     IcsItem item;
     if (const char* uid = icalcomponent_get_uid(component)) item.uid = uid;
-    if (const char* summary = icalcomponent_get_summary(component)) item.summary = summary;
-    if (const char* location = icalcomponent_get_location(component)) item.location = location;
+    // A file may hold bytes of another encoding; cards and JSON output need UTF-8.
+    if (const char* summary = icalcomponent_get_summary(component))
+        item.summary = base::text::validUtf8(summary);
+    if (const char* location = icalcomponent_get_location(component))
+        item.location = base::text::validUtf8(location);
 
     icalproperty* dtstart = icalcomponent_get_first_property(component, ICAL_DTSTART_PROPERTY);
     const icaltimetype start = timeOf(dtstart, component);
