@@ -127,16 +127,15 @@ std::string encodeLooseBytes(std::string_view text, std::size_t restStart) {
     return out;
 }
 
-Url mustParse(const std::string& text) {
-    auto url = Url::parse(text);
-    // Built from a valid URL and fully encoded parts, so this cannot fail.
-    if (!url) throw std::logic_error("URL assembled from valid parts did not parse");
-    return *url;
-}
+struct UrlFields {
+    std::string text, scheme, host;
+    std::optional<int> port, effectivePort;
+    std::string path;
+    std::optional<std::string> query, fragment;
+};
 
-}  // namespace
-
-std::optional<Url> Url::parse(std::string_view text) {
+// One pass of libcurl's parser and our checks; nothing for what is no absolute URL.
+std::optional<UrlFields> readOnce(std::string_view text) {
     detail::ensureCurlGlobalInit();
     // libcurl reads the text up to its first NUL, which would make a different URL of it.
     if (text.find('\0') != std::string_view::npos) return std::nullopt;
@@ -182,25 +181,57 @@ std::optional<Url> Url::parse(std::string_view text) {
         return std::nullopt;
     }
 
-    Url url;
-    url.text_ = getPart(handle.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT).value_or("");
-    url.scheme_ = getPart(handle.get(), CURLUPART_SCHEME).value_or("");
-    url.host_ = lowerHost;
-    if (url.host_.size() >= 2 && url.host_.front() == '[' && url.host_.back() == ']') {
-        url.host_ = url.host_.substr(1, url.host_.size() - 2);
-    } else if (url.host_.size() > 1 && url.host_.back() == '.') {
+    UrlFields url;
+    url.text = getPart(handle.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT).value_or("");
+    url.scheme = getPart(handle.get(), CURLUPART_SCHEME).value_or("");
+    url.host = lowerHost;
+    if (url.host.size() >= 2 && url.host.front() == '[' && url.host.back() == ']') {
+        url.host = url.host.substr(1, url.host.size() - 2);
+    } else if (url.host.size() > 1 && url.host.back() == '.') {
         // "localhost." is localhost: the root dot names the same host.
-        url.host_.pop_back();
+        url.host.pop_back();
     }
     const auto writtenPort = getPart(handle.get(), CURLUPART_PORT);
     if (writtenPort && portNumber(writtenPort) == std::nullopt) return std::nullopt;  // port 0
-    url.port_ = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_NO_DEFAULT_PORT));
-    url.effectivePort_ = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT));
+    url.port = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_NO_DEFAULT_PORT));
+    url.effectivePort = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT));
     std::string path = getPart(handle.get(), CURLUPART_PATH).value_or("");
-    url.path_ = path.empty() ? std::string(1, '/') : std::move(path);
-    url.query_ = nonEmpty(getPart(handle.get(), CURLUPART_QUERY));
-    url.fragment_ = nonEmpty(getPart(handle.get(), CURLUPART_FRAGMENT));
-    if (url.text_.empty() || url.scheme_.empty()) return std::nullopt;
+    url.path = path.empty() ? std::string(1, '/') : std::move(path);
+    url.query = nonEmpty(getPart(handle.get(), CURLUPART_QUERY));
+    url.fragment = nonEmpty(getPart(handle.get(), CURLUPART_FRAGMENT));
+    if (url.text.empty() || url.scheme.empty()) return std::nullopt;
+    return url;
+}
+
+Url mustParse(const std::string& text) {
+    auto url = Url::parse(text);
+    // Built from a valid URL and fully encoded parts, so this cannot fail.
+    if (!url) throw std::logic_error("URL assembled from valid parts did not parse");
+    return *url;
+}
+
+}  // namespace
+
+std::optional<Url> Url::parse(std::string_view text) {
+    auto fields = readOnce(text);
+    // libcurl's normal form is not always its own fixed point: a percent-encoded numeric host
+    // is decoded but not yet read as an address, and a removed dot segment can leave a drive
+    // letter behind. A second pass gives the form that parses to itself, or shows there is none.
+    if (fields && fields->text != text) {
+        auto again = readOnce(fields->text);
+        if (!again) return std::nullopt;
+        fields = std::move(again);
+    }
+    if (!fields) return std::nullopt;
+    Url url;
+    url.text_ = std::move(fields->text);
+    url.scheme_ = std::move(fields->scheme);
+    url.host_ = std::move(fields->host);
+    url.port_ = fields->port;
+    url.effectivePort_ = fields->effectivePort;
+    url.path_ = std::move(fields->path);
+    url.query_ = std::move(fields->query);
+    url.fragment_ = std::move(fields->fragment);
     return url;
 }
 

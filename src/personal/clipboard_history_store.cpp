@@ -17,7 +17,10 @@ double secondsOf(ClipboardHistoryStore::TimePoint time) {
     return std::chrono::duration<double>(time.time_since_epoch()).count();
 }
 
-ClipboardHistoryStore::TimePoint timeOf(double seconds) {
+// Nothing for a time the clock cannot hold (it counts nanoseconds in 64 bits: ±292 years).
+std::optional<ClipboardHistoryStore::TimePoint> timeOf(double seconds) {
+    constexpr double limit = 9e9;
+    if (!(seconds > -limit && seconds < limit)) return std::nullopt;
     return ClipboardHistoryStore::TimePoint(
         std::chrono::duration_cast<std::chrono::system_clock::duration>(
             std::chrono::duration<double>(seconds)));
@@ -81,13 +84,15 @@ void ClipboardHistoryStore::load() {
     if (!document.is_object() || !document.contains("entries") || !document["entries"].is_array())
         return;
     for (const auto& item : document["entries"]) {
-        if (!item.is_object() || !item.contains("text") || !item["text"].is_string() ||
-            !item.contains("copiedAt") || !item["copiedAt"].is_number()) {
+        const auto copiedAt =
+            item.is_object() && item.contains("copiedAt") && item["copiedAt"].is_number()
+                ? timeOf(item["copiedAt"].get<double>())
+                : std::nullopt;
+        if (!copiedAt || !item.contains("text") || !item["text"].is_string()) {
             entries_.clear();
             return;
         }
-        entries_.push_back(
-            Entry{item["text"].get<std::string>(), timeOf(item["copiedAt"].get<double>())});
+        entries_.push_back(Entry{item["text"].get<std::string>(), *copiedAt});
     }
     if (entries_.size() > maxEntries) entries_.resize(maxEntries);
 }

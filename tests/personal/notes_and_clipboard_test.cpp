@@ -138,7 +138,13 @@ TEST(ClipboardHistoryStore, KeepsThirtyRecentDistinctTextsNewestFirst) {
         [&] { return now; },
         ClipboardHistoryStore::Persistence{[&] { return file; }, [](std::string_view) {}});
     EXPECT_EQ(reader.recentEntries(), entries);
-    for (const char* corrupt : {"", "{\"entries\":[{\"text\":1}]}", "[1,2", "null"}) {
+    // A time beyond what the clock holds is damage too, beside a readable entry.
+    const std::string recent =
+        std::to_string(std::chrono::duration<double>(now.time_since_epoch()).count());
+    for (const std::string& corrupt :
+         std::vector<std::string>{"", "{\"entries\":[{\"text\":1}]}", "[1,2", "null",
+                                  "{\"entries\":[{\"text\":\"x\",\"copiedAt\":" + recent +
+                                      "},{\"text\":\"y\",\"copiedAt\":1.8e19}]}"}) {
         file = corrupt;
         EXPECT_TRUE(reader.recentEntries().empty()) << corrupt;
     }

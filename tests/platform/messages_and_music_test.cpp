@@ -195,5 +195,15 @@ TEST(Music, DrivesARealMprisPlayerAndReadsItsState) {
               strings.musicNoPlayerMessage);
 }
 
+// A legacy Latin-1 card must not put invalid UTF-8 into a card's JSON.
+TEST(VCards, BytesThatAreNoUtf8BecomeReplacementCharacters) {
+    const auto cards = parseVCards(
+        "BEGIN:VCARD\nFN:M\xFCller\nTEL:+49 \xFF"
+        "1\nEND:VCARD\n");
+    ASSERT_EQ(cards.size(), 1u);
+    EXPECT_EQ(cards[0].formattedName, "M\uFFFDller");
+    EXPECT_EQ(cards[0].phoneNumbers, std::vector<std::string>{"+49 \uFFFD1"});
+}
+
 }  // namespace
 }  // namespace nuvrel::platform

@@ -52,7 +52,9 @@ std::string unescaped(std::string_view value) {
 std::vector<personal::Contact> parseVCards(std::string_view text) {
     std::vector<personal::Contact> cards;
     std::optional<personal::Contact> card;
-    for (const std::string& line : unfoldedLines(text)) {
+    // A card in a legacy charset is read with U+FFFD where its bytes are no UTF-8: the names
+    // reach cards and their JSON, which hold only valid text.
+    for (const std::string& line : unfoldedLines(base::text::validUtf8(text))) {
         // The colon that ends the name and parameters stands outside quoted parameter values.
         std::size_t colon = std::string::npos;
         bool quoted = false;
