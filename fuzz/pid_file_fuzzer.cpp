@@ -1,5 +1,5 @@
-// The server's PID file: at most three fields, none empty, the first two without a colon; a
-// PID reads back from its own decimal text and from nothing else.
+// The PID files of the model server and of the timers: at most three fields, none empty, the
+// first two without a colon; a PID reads back from its own decimal text and from nothing else.
 
 #include <charconv>
 

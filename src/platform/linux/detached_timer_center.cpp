@@ -11,8 +11,10 @@
 #include <system_error>
 
 #include "base/files.h"
+#include "base/text.h"
 #include "core/localized_strings.h"
 #include "core/user_facing_error.h"
+#include "llm/pid_file_text.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -128,10 +130,9 @@ int DetachedTimerCenter::cancelPendingNotifications(std::string_view identifierP
         if (!name.ends_with(pidSuffix) || !name.starts_with(identifierPrefix)) continue;
         const std::string identifier = name.substr(0, name.size() - pidSuffix.size());
         const auto text = base::readFile(it->path());
-        const long pid = text ? std::strtol(text->c_str(), nullptr, 10) : 0;
-        if (pid > 0 && isHelperOf(static_cast<pid_t>(pid), identifier) &&
-            ::kill(static_cast<pid_t>(pid), SIGTERM) == 0)
-            ++count;
+        // The server's PID reader: a number past 32 bits must not wrap onto another process.
+        const auto pid = text ? llm::PIDFileText::parsePID(base::text::trim(*text)) : std::nullopt;
+        if (pid && *pid > 0 && isHelperOf(*pid, identifier) && ::kill(*pid, SIGTERM) == 0) ++count;
         std::error_code ignored;
         fs::remove(it->path(), ignored);
     }
