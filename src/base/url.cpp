@@ -197,6 +197,12 @@ std::optional<UrlFields> readOnce(std::string_view text) {
     url.effectivePort = portNumber(getPart(handle.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT));
     std::string path = getPart(handle.get(), CURLUPART_PATH).value_or("");
     url.path = path.empty() ? std::string(1, '/') : std::move(path);
+    // libcurl reads "/c:" or "/c|" at the start of a file path as a drive letter, and takes
+    // or refuses it depending on what follows; no path of ours starts that way, so none parses.
+    if (url.scheme == "file" && url.path.size() >= 3 &&
+        std::isalpha(static_cast<unsigned char>(url.path[1])) != 0 &&
+        (url.path[2] == ':' || url.path[2] == '|'))
+        return std::nullopt;
     url.query = nonEmpty(getPart(handle.get(), CURLUPART_QUERY));
     url.fragment = nonEmpty(getPart(handle.get(), CURLUPART_FRAGMENT));
     if (url.text.empty() || url.scheme.empty()) return std::nullopt;
@@ -215,8 +221,8 @@ Url mustParse(const std::string& text) {
 std::optional<Url> Url::parse(std::string_view text) {
     auto fields = readOnce(text);
     // libcurl's normal form is not always its own fixed point: a percent-encoded numeric host
-    // is decoded but not yet read as an address, and a removed dot segment can leave a drive
-    // letter behind. A second pass gives the form that parses to itself, or shows there is none.
+    // is decoded but not yet read as an address. A second pass gives the form that parses to
+    // itself, or shows there is none.
     if (fields && fields->text != text) {
         auto again = readOnce(fields->text);
         if (!again) return std::nullopt;

@@ -60,8 +60,8 @@ TEST(Url, RefusesRelativeReferencesAndGarbage) {
           "http://exa mple.com/", "http://[::1", "http://h.com:99999/", "http://h.com:0/",
           "http:a.b", "http:/a.b/", "http://a.b/x\ny", "mailto:a@b.c", " http://a.b/", "://a.b/",
           "a/b://c.d/", "file:https:///", "1http://a.b/", "http://0%7f.1/",
-          // Normalised, the dot segment's removal leaves a drive letter.
-          "file:///./p://x"}) {
+          // A drive letter, also one that a removed dot segment leaves behind.
+          "file:///./p://x", "file:///a/../p:#x"}) {
         EXPECT_EQ(Url::parse(text), std::nullopt) << text;
     }
     // A NUL byte ends no text early: the whole text is the URL or there is none.
