@@ -92,7 +92,13 @@ void ClipboardHistoryStore::load() {
             entries_.clear();
             return;
         }
-        entries_.push_back(Entry{item["text"].get<std::string>(), *copiedAt});
+        // What `record` never writes, an edited file may hold: a blank text, or one twice.
+        std::string text = item["text"].get<std::string>();
+        if (base::text::trim(text).empty() ||
+            std::any_of(entries_.begin(), entries_.end(),
+                        [&](const Entry& entry) { return entry.text == text; }))
+            continue;
+        entries_.push_back(Entry{std::move(text), *copiedAt});
     }
     if (entries_.size() > maxEntries) entries_.resize(maxEntries);
 }

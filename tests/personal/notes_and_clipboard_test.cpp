@@ -138,9 +138,15 @@ TEST(ClipboardHistoryStore, KeepsThirtyRecentDistinctTextsNewestFirst) {
         [&] { return now; },
         ClipboardHistoryStore::Persistence{[&] { return file; }, [](std::string_view) {}});
     EXPECT_EQ(reader.recentEntries(), entries);
-    // A time beyond what the clock holds is damage too, beside a readable entry.
     const std::string recent =
         std::to_string(std::chrono::duration<double>(now.time_since_epoch()).count());
+    const auto entry = [&](const char* text) {
+        return "{\"text\":\"" + std::string(text) + "\",\"copiedAt\":" + recent + "}";
+    };
+    // An edited file: a blank text is left out, a repeated one shown once.
+    file = "{\"entries\":[" + entry("x") + "," + entry(" ") + "," + entry("x") + "]}";
+    EXPECT_EQ(reader.recentEntries(), std::vector<std::string>{"x"});
+    // A time beyond what the clock holds is damage too, beside a readable entry.
     for (const std::string& corrupt :
          std::vector<std::string>{"", "{\"entries\":[{\"text\":1}]}", "[1,2", "null",
                                   "{\"entries\":[{\"text\":\"x\",\"copiedAt\":" + recent +
