@@ -3,9 +3,13 @@
 #include <gio/gio.h>
 #include <libtracker-sparql/tracker-sparql.h>
 
+#include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 #include "base/cancellation.h"
 #include "base/text.h"
@@ -18,6 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
 
 constexpr const char* minerService = "org.freedesktop.Tracker3.Miner.Files";
 
@@ -128,16 +133,11 @@ bool walkReaches(const fs::path& path, const std::vector<std::string>& scopes) {
     return false;
 }
 
-}  // namespace
-
-std::optional<std::vector<desktop::MetadataItem>> trackerMetadataQuery(
-    GDBusConnection* bus, const std::string& predicateFormat,
-    const std::vector<std::string>& scopeDirectories, double timeout) {
-    const auto predicate = desktop::MetadataPredicate::parse(predicateFormat);
-    const std::string query = sparqlQuery(scopeDirectories);
-    if (!bus || !predicate || query.empty()) return std::nullopt;
-    Await await(Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                   std::chrono::duration<double>(timeout)));
+// The exchange with the miner, on the calling thread.
+std::optional<std::vector<desktop::MetadataItem>> askIndex(
+    GDBusConnection* bus, const desktop::MetadataPredicate* predicate, const std::string& query,
+    const std::vector<std::string>& scopeDirectories, Clock::time_point deadline) {
+    Await await(deadline);
     GError* error = nullptr;
 
     // Asking the miner's own name would start it where the bus can: ask who owns it instead.
@@ -213,6 +213,46 @@ std::optional<std::vector<desktop::MetadataItem>> trackerMetadataQuery(
         items.push_back(std::move(item));
     }
     return items;
+}
+
+struct Answer {
+    std::mutex mutex;
+    std::condition_variable arrived;
+    bool done = false;
+    std::optional<std::vector<desktop::MetadataItem>> items;
+};
+
+}  // namespace
+
+std::optional<std::vector<desktop::MetadataItem>> trackerMetadataQuery(
+    GDBusConnection* bus, const std::string& predicateFormat,
+    const std::vector<std::string>& scopeDirectories, double timeout) {
+    auto predicate = desktop::MetadataPredicate::parse(predicateFormat);
+    std::string query = sparqlQuery(scopeDirectories);
+    if (!bus || !predicate || query.empty()) return std::nullopt;
+    const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                             std::chrono::duration<double>(timeout));
+    // libtracker-sparql does not give up every step on cancellation (a query whose reply never
+    // comes waits out the bus's own time-out), so the exchange runs on a thread of its own
+    // that this call abandons at the deadline.
+    auto answer = std::make_shared<Answer>();
+    g_object_ref(bus);
+    std::thread([answer, bus, predicate = std::move(*predicate), query = std::move(query),
+                 scopeDirectories, deadline] {
+        auto items = askIndex(bus, &predicate, query, scopeDirectories, deadline);
+        g_object_unref(bus);
+        const std::lock_guard lock(answer->mutex);
+        answer->items = std::move(items);
+        answer->done = true;
+        answer->arrived.notify_all();
+    }).detach();
+    std::unique_lock lock(answer->mutex);
+    while (!answer->done && Clock::now() < deadline) {
+        answer->arrived.wait_until(lock, std::min(deadline, Clock::now() + 50ms));
+        base::checkCancellation();
+    }
+    if (!answer->done) return std::nullopt;
+    return std::move(answer->items);
 }
 
 }  // namespace nuvrel::platform
