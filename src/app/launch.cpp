@@ -174,8 +174,12 @@ struct DesktopData {
     }
 };
 
-void addDesktop(pipeline::Pipeline& pipeline, const DesktopData& data) {
+void addDesktop(pipeline::Pipeline& pipeline, const DesktopData& data,
+                const std::shared_ptr<platform::SessionBus>& bus) {
     pipeline.fileServices = data.files;
+    // File search asks the desktop's index on the one session bus before it walks.
+    pipeline.fileServices.runMetadataQuery =
+        platform::liveFileServices(data.files.home, bus).runMetadataQuery;
     pipeline.applications = data.applications;
     pipeline.openURL = [applications = data.applications](const std::string& url) {
         applications->openURL(url);
@@ -231,7 +235,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->diagnostics = diagnostics;
         webSearch->embeddingBackend = std::make_shared<LazyEmbeddingProvider>(runtime);
         addPersonalData(*pipeline, personalData, *defaults);
-        addDesktop(*pipeline, desktopData);
+        addDesktop(*pipeline, desktopData, personalData.bus);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
             language, pipeline->calendarStore, pipeline->clock);
         auto messages = std::make_shared<personal::MessageSendCapability>(
@@ -252,6 +256,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         pipeline->extractDocumentText = platform::liveExtractText;
         platform::LiveSystemCommandSettings systemCommands;
         systemCommands.language = language;
+        systemCommands.sessionBus = personalData.bus;
         pipeline->systemCommands = platform::liveSystemCommandOperations(systemCommands);
         pipeline->windowSystem = windows;
         // Only an explicit "0" turns the network features off.

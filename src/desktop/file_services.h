@@ -23,6 +23,9 @@ struct MetadataItem {
     std::optional<std::string> path{};    // kMDItemPath
     std::optional<std::string> fsName{};  // kMDItemFSName
     std::optional<std::chrono::system_clock::time_point> modificationDate{};
+    // The extensions of the type that the content shows, lower-cased, where the name tells no
+    // type of its own; empty otherwise.
+    std::vector<std::string> contentExtensions{};
 
     bool operator==(const MetadataItem&) const = default;
 };

@@ -87,7 +87,10 @@ std::vector<core::FileHit> cleanedHits(std::vector<MetadataItem> items,
                                        core::AppLanguage language) {
     const auto extensions = FinderQueryBuilder::expectedExtensions(fileType);
     std::erase_if(items, [&](const MetadataItem& item) {
-        if (extensions && !extensions->contains(extensionOf(item.fsName.value_or("")))) return true;
+        if (extensions && !extensions->contains(extensionOf(item.fsName.value_or(""))) &&
+            std::none_of(item.contentExtensions.begin(), item.contentExtensions.end(),
+                         [&](const std::string& type) { return extensions->contains(type); }))
+            return true;
         return item.path && FinderQueryBuilder::isNoisyPath(*item.path);
     });
     std::stable_sort(items.begin(), items.end(), [](const MetadataItem& a, const MetadataItem& b) {

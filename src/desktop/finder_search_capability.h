@@ -31,9 +31,9 @@ public:
     personal::Clock clock{};
 };
 
-// The hits of a search, cleaned: the expected extensions only, no noisy path, newest first
-// (undated last, ties in the search's order), at most `maxResults`, items without a path
-// skipped.
+// The hits of a search, cleaned: the expected extensions only (by name or by content), no noisy
+// path, newest first (undated last, ties in the search's order), at most `maxResults`, items
+// without a path skipped.
 std::vector<core::FileHit> cleanedHits(std::vector<MetadataItem> items,
                                        const std::optional<std::string>& fileType, int maxResults,
                                        core::AppLanguage language);

@@ -4,6 +4,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <ctime>
@@ -90,6 +91,7 @@ public:
         return node;
     }
     bool needsStatus = false;
+    std::vector<std::string> nameEndings;
 
 private:
     void skipBlanks() {
@@ -203,6 +205,8 @@ private:
         if (!value) return nullptr;
         node->folded = node->op != Operator::equals;
         node->value = node->folded ? foldForSearch(*value) : *value;
+        if (node->attribute == Attribute::fsName && node->op == Operator::endsWith)
+            nameEndings.push_back(node->value);
         return node;
     }
 
@@ -224,16 +228,17 @@ std::string_view attributeText(const Node& node, const MetadataAttributes& item)
     return {};
 }
 
-bool evaluate(const Node& node, const MetadataAttributes& item) {
+bool evaluate(const Node& node, const MetadataAttributes& item,
+              std::span<const std::string> contentExtensions) {
     switch (node.kind) {
         case Node::Kind::all:
             for (const auto& child : node.children) {
-                if (!evaluate(*child, item)) return false;
+                if (!evaluate(*child, item, contentExtensions)) return false;
             }
             return true;
         case Node::Kind::any:
             for (const auto& child : node.children) {
-                if (evaluate(*child, item)) return true;
+                if (evaluate(*child, item, contentExtensions)) return true;
             }
             return false;
         case Node::Kind::compare:
@@ -252,7 +257,10 @@ bool evaluate(const Node& node, const MetadataAttributes& item) {
         case Operator::contains:
             return text.find(node.value) != std::string::npos;
         case Operator::endsWith:
-            return std::string_view(text).ends_with(node.value);
+            return std::string_view(text).ends_with(node.value) ||
+                   (node.attribute == Attribute::fsName &&
+                    std::find(contentExtensions.begin(), contentExtensions.end(), node.value) !=
+                        contentExtensions.end());
         case Operator::like:
             return globMatches(node.value, text);
         default:
@@ -269,11 +277,13 @@ std::optional<MetadataPredicate> MetadataPredicate::parse(std::string_view forma
     MetadataPredicate predicate;
     predicate.root_ = std::move(root);
     predicate.needsStatus_ = parser.needsStatus;
+    predicate.nameEndings_ = std::move(parser.nameEndings);
     return predicate;
 }
 
-bool MetadataPredicate::matches(const MetadataAttributes& item) const {
-    return evaluate(*root_, item);
+bool MetadataPredicate::matches(const MetadataAttributes& item,
+                                std::span<const std::string> contentExtensions) const {
+    return evaluate(*root_, item, contentExtensions);
 }
 
 std::string foldForSearch(std::string_view text) {

@@ -10,8 +10,10 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nuvrel::desktop {
 
@@ -29,16 +31,25 @@ public:
     // Nothing for a text outside the subset.
     static std::optional<MetadataPredicate> parse(std::string_view format);
 
-    bool matches(const MetadataAttributes& item) const;
+    // `contentExtensions` are the extensions of the type that the file's content shows, for a
+    // file whose name tells none: an ENDSWITH clause of the name that holds one of them matches,
+    // so a PDF named without ".pdf" is still a PDF.
+    bool matches(const MetadataAttributes& item,
+                 std::span<const std::string> contentExtensions = {}) const;
     // Whether any clause reads the modification date or the content type, which cost a
     // file's status to know.
     bool needsStatus() const { return needsStatus_; }
+    // The endings that ENDSWITH clauses of the name ask for (folded): the extensions of the
+    // clauses of a file type. A file that fails even when its content is taken to have all of
+    // them need not be read.
+    const std::vector<std::string>& nameEndings() const { return nameEndings_; }
 
     struct Node;
 
 private:
     std::shared_ptr<const Node> root_;
     bool needsStatus_ = false;
+    std::vector<std::string> nameEndings_;
 };
 
 // Case- and diacritic-insensitive form: canonical decomposition, combining marks dropped,

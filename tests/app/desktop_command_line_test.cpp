@@ -8,7 +8,11 @@
 
 #include "base/files.h"
 #include "base/time_text.h"
+#include "llm/model_resolution.h"
+#include "support/environment_override.h"
 #include "support/helper_process.h"
+#include "support/pdf_writer.h"
+#include "support/scripted_model_server.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -81,6 +85,32 @@ TEST(DesktopCommandLine, FindsDeletesToTheTrashAndOpensApplicationsAndAddresses)
     EXPECT_EQ(awaited(h / "started"), "started\n");
     EXPECT_EQ(ask({"open example.com"}).status, 0);
     EXPECT_EQ(awaited(h / "opened"), "https://example.com\n");
+}
+
+TEST(DesktopCommandLine, ARoutedFileSearchListsThePdfsByNameOrContentAndNoTextFile) {
+    test::TemporaryHome home;
+    const fs::path& h = home.path();
+    for (const char* pdf : {"Documents/invoice-march.pdf", "Downloads/Invoice 2025.PDF"})
+        base::writeFileAtomically(h / pdf, "%PDF");
+    test::writePdf(h / "Documents/invoice-scan", {{{.text = "total 120"}}});
+    base::writeFileAtomically(h / "Documents/invoice-notes.txt", "%PDF-1.4 pasted");
+    base::writeFileAtomically(h / "Documents/invoice-draft", "plain words");
+    const test::ScriptedModelServer server(
+        {{"find invoice pdf",
+          R"({"intent":"finder.search","slots":{"keyword":"invoice","file_type":"pdf"},)"
+          R"("confidence":0.9})"}},
+        std::string(llm::interimModelFileName));
+    const test::EnvironmentOverride port("NUVREL_DEBUG_ROUTER_PORT",
+                                         std::to_string(server.port()).c_str());
+
+    const Asked found = ask({"find invoice pdf"});
+    EXPECT_EQ(found.status, 0) << found.output;
+    EXPECT_EQ(server.sentences(), std::vector<std::string>{"find invoice pdf"});
+    for (const char* pdf :
+         {"Documents/invoice-march.pdf", "Downloads/Invoice 2025.PDF", "Documents/invoice-scan"})
+        EXPECT_NE(found.output.find((h / pdf).string()), std::string::npos) << pdf << found.output;
+    for (const char* other : {"invoice-notes.txt", "invoice-draft"})
+        EXPECT_EQ(found.output.find(other), std::string::npos) << other << found.output;
 }
 
 }  // namespace

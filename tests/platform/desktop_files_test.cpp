@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <condition_variable>
 #include <fstream>
+#include <mutex>
 #include <thread>
 
 #include "base/files.h"
@@ -14,7 +16,11 @@
 #include "desktop/finder_search_capability.h"
 #include "platform/linux/desktop_applications.h"
 #include "platform/linux/file_walk_search.h"
+#include "platform/linux/tracker_file_search.h"
+#include "support/bus_stand_in.h"
 #include "support/environment_override.h"
+#include "support/pdf_writer.h"
+#include "support/private_bus.h"
 #include "support/recording_sink.h"
 #include "support/temporary_home.h"
 
@@ -48,6 +54,10 @@ TEST(FileWalkSearch, FindsFilesOfEveryScriptOnceAndSkipsWhatItMust) {
           "Documents/.secret/s.pdf"})
         touch(h / file);
     touch(h / "Documents" / "bad\xff.pdf");
+    // Typed by content where the name tells no type, and only there.
+    test::writePdf(h / "Documents/scan-0042", {{{.text = "invoice"}}});
+    test::writePdf(h / "Documents/pdf-as-notes.txt", {{{.text = "notes"}}});
+    touch(h / "Documents/invoice-draft", "plain words, no pdf");
     // Generated bulk, and a loop back to the home folder.
     for (int i = 0; i < 300; ++i)
         touch(h / "Documents/bulk" / std::to_string(i % 7) /
@@ -61,9 +71,10 @@ TEST(FileWalkSearch, FindsFilesOfEveryScriptOnceAndSkipsWhatItMust) {
     desktop::FinderSearchCapability finder;
     finder.services = liveFileServices(h);
     finder.maxResults = 100;
-    EXPECT_EQ(names(finder.execute(core::FinderQuery{.fileType = "pdf"})),
-              (std::multiset<std::string>{"invoice-march.pdf", "보고서.pdf", "レポート.PDF",
-                                          "-dash.pdf", "line\nbreak.pdf", "old-report.pdf"}));
+    EXPECT_EQ(
+        names(finder.execute(core::FinderQuery{.fileType = "pdf"})),
+        (std::multiset<std::string>{"invoice-march.pdf", "보고서.pdf", "レポート.PDF", "-dash.pdf",
+                                    "line\nbreak.pdf", "old-report.pdf", "scan-0042"}));
     EXPECT_EQ(names(finder.execute(core::FinderQuery{.keyword = "报告"})),
               std::multiset<std::string>{"报告.txt"});
     EXPECT_EQ(names(finder.execute(
@@ -85,6 +96,59 @@ TEST(FileWalkSearch, FindsFilesOfEveryScriptOnceAndSkipsWhatItMust) {
             error.message,
             core::LocalizedStrings::strings(core::AppLanguage::en).finderSearchTimedOutMessage);
     }
+}
+
+TEST(FileIndexSearch, AnAbsentOrSilentIndexLeavesTheSearchToTheWalk) {
+    test::TemporaryHome home;
+    const fs::path& h = home.path();
+    for (const char* file : {"Documents/invoice-march.pdf", "Documents/invoice-notes.txt",
+                             "Desktop/invoice.pdf", "Documents/.old/invoice-2019.pdf"})
+        touch(h / file);
+    test::PrivateBus bus;
+    const auto session = SessionBus::connect();
+    ASSERT_TRUE(session);
+    const std::string predicate =
+        "(kMDItemFSName CONTAINS[cd] 'invoice') && (kMDItemFSName ENDSWITH[cd] 'pdf')";
+    const std::vector<std::string> scope{h.string()};
+    const auto walked = liveWalkMetadataQuery(predicate, scope, 3, core::AppLanguage::en, h);
+    std::multiset<std::string> walkedNames;
+    for (const auto& item : walked) walkedNames.insert(*item.fsName);
+    EXPECT_EQ(walkedNames, (std::multiset<std::string>{"invoice-march.pdf", "invoice.pdf"}));
+    const auto search = liveFileServices(h, session).runMetadataQuery;
+
+    EXPECT_FALSE(trackerMetadataQuery(session->connection(), predicate, scope, 1));
+    EXPECT_EQ(search(predicate, scope, 3, core::AppLanguage::en), walked);
+
+    // A miner that takes the query and never answers is given up at the time-out.
+    std::mutex mutex;
+    std::condition_variable released;
+    bool done = false;
+    std::vector<std::string> calls;
+    {
+        const test::BusStandIn silent(
+            bus.address, "org.freedesktop.Tracker3.Miner.Files",
+            {{"/org/freedesktop/Tracker3/Endpoint",
+              "<node><interface name='org.freedesktop.Tracker3.Endpoint'><method name='Query'>"
+              "<arg type='s' direction='in'/><arg type='h' direction='in'/>"
+              "<arg type='a{sv}' direction='in'/><arg type='as' direction='out'/>"
+              "</method></interface></node>"}},
+            [&](const std::string&, const std::string& method, GVariant*) -> GVariant* {
+                std::unique_lock lock(mutex);
+                calls.push_back(method);
+                released.wait_for(lock, 20s, [&] { return done; });
+                throw std::runtime_error("late");
+            });
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(trackerMetadataQuery(session->connection(), predicate, scope, 0.3));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+        EXPECT_EQ(search(predicate, scope, 3, core::AppLanguage::en), walked);
+        const std::lock_guard lock(mutex);
+        done = true;
+        released.notify_all();
+    }
+    // The index was asked (the second query may still be queued when the miner goes).
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls.front(), "Query");
 }
 
 TEST(FileWalkSearch, DeletionRefusesAReplacedFileAndALinkOutOfHome) {

@@ -13,6 +13,7 @@
 #include "desktop/window_manage_capability.h"
 #include "platform/linux/live_system_commands.h"
 #include "platform/linux/x11_window_system.h"
+#include "support/private_bus.h"
 #include "support/x11_session.h"
 
 namespace nuvrel::platform {
@@ -90,8 +91,12 @@ TEST(X11Desktop, LayoutsPlaceTheActiveWindowsFrameAndCapturesAreScreenSizedPngs)
 
     const auto folder =
         std::filesystem::temp_directory_path() / ("nuvrel-shot-" + std::to_string(::getpid()));
+    // A session bus without a desktop portal: the capture falls to the tools.
+    test::PrivateBus bus;
     LiveSystemCommandSettings settings;
     settings.screenshotFolder = folder;
+    settings.sessionBus = SessionBus::connect();
+    ASSERT_TRUE(settings.sessionBus);
     const std::string shot = liveSystemCommandOperations(settings).takeScreenshot();
     EXPECT_EQ(commandOutput("identify -format '%m %wx%h' '" + shot + "'"), "PNG 1280x800");
     std::filesystem::remove_all(folder);

@@ -6,6 +6,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -21,6 +22,8 @@
 #include "desktop/finder_query_builder.h"
 #include "desktop/metadata_predicate.h"
 #include "platform/linux/freedesktop_trash.h"
+#include "platform/linux/shared_mime_types.h"
+#include "platform/linux/tracker_file_search.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -32,14 +35,6 @@ struct DirCloser {
     void operator()(DIR* directory) const { ::closedir(directory); }
 };
 using Directory = std::unique_ptr<DIR, DirCloser>;
-
-// Folders whose files the search would drop anyway, or that only hold what programs keep.
-bool skippedFolder(std::string_view name) {
-    static constexpr std::array<std::string_view, 4> caches{"Cache", "cache", "Caches",
-                                                            "__pycache__"};
-    return name.starts_with('.') || std::find(caches.begin(), caches.end(), name) != caches.end() ||
-           desktop::FinderQueryBuilder::isNoisyPath(name);
-}
 
 bool isNetworkFilesystem(int descriptor) {
     struct statfs info {};
@@ -121,7 +116,7 @@ private:
                 isFolder = S_ISDIR(status.st_mode);
             }
             const std::string path = prefix + std::string(name);
-            if (isFolder && !skippedFolder(name)) pending.push_back(path);
+            if (isFolder && !walkSkipsFolder(name)) pending.push_back(path);
             if (name.starts_with('.')) continue;
 
             const auto stat = [&]() -> bool {
@@ -139,8 +134,19 @@ private:
                 .modificationDate = std::nullopt};
             if (predicate_.needsStatus() && stat())
                 attributes.modificationDate = modificationOf(status);
-            if (!predicate_.matches(attributes)) continue;
-            desktop::MetadataItem item{.path = path, .fsName = std::string(name)};
+            std::vector<std::string> byContent;
+            if (!predicate_.matches(attributes)) {
+                // Reading a file's head costs far more than its name: only for a type clause
+                // that the name fails, and only when the name tells no type at all.
+                if (isFolder || predicate_.nameEndings().empty() ||
+                    !predicate_.matches(attributes, predicate_.nameEndings()))
+                    continue;
+                byContent = contentExtensions(::dirfd(directory.get()), entry->d_name);
+                if (byContent.empty() || !predicate_.matches(attributes, byContent)) continue;
+            }
+            desktop::MetadataItem item{.path = path,
+                                       .fsName = std::string(name),
+                                       .contentExtensions = std::move(byContent)};
             if (stat()) item.modificationDate = modificationOf(status);
             items.push_back(std::move(item));
         }
@@ -155,6 +161,14 @@ private:
 };
 
 }  // namespace
+
+// Folders whose files the search would drop anyway, or that only hold what programs keep.
+bool walkSkipsFolder(std::string_view name) {
+    static constexpr std::array<std::string_view, 4> caches{"Cache", "cache", "Caches",
+                                                            "__pycache__"};
+    return name.starts_with('.') || std::find(caches.begin(), caches.end(), name) != caches.end() ||
+           desktop::FinderQueryBuilder::isNoisyPath(name);
+}
 
 std::vector<fs::path> xdgUserFolders(const fs::path& home) {
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 7> folders{{
@@ -212,16 +226,26 @@ std::vector<desktop::MetadataItem> liveWalkMetadataQuery(
     return std::move(walk.items);
 }
 
-desktop::FileServices liveFileServices(const fs::path& home) {
+desktop::FileServices liveFileServices(const fs::path& home, std::shared_ptr<SessionBus> bus) {
     std::error_code error;
     fs::path resolvedHome = fs::weakly_canonical(home, error);
     if (error) resolvedHome = home;
     desktop::FileServices services;
     services.home = resolvedHome;
-    services.runMetadataQuery = [resolvedHome](const std::string& predicate,
-                                               const std::vector<std::string>& scopes,
-                                               double timeout, core::AppLanguage language) {
-        return liveWalkMetadataQuery(predicate, scopes, timeout, language, resolvedHome);
+    services.runMetadataQuery = [resolvedHome, bus](const std::string& predicate,
+                                                    const std::vector<std::string>& scopes,
+                                                    double timeout, core::AppLanguage language) {
+        // The index gets a short part of the budget: a slow or absent one leaves the walk most.
+        const double indexBudget = std::min(timeout / 3, 1.0);
+        const auto start = Clock::now();
+        if (bus) {
+            if (auto items =
+                    trackerMetadataQuery(bus->connection(), predicate, scopes, indexBudget))
+                return std::move(*items);
+        }
+        const double spent = std::chrono::duration<double>(Clock::now() - start).count();
+        return liveWalkMetadataQuery(predicate, scopes, std::max(timeout - spent, 0.0), language,
+                                     resolvedHome);
     };
     services.canListDirectory = [](const fs::path& folder) {
         return Directory(::opendir(folder.c_str())) != nullptr;

@@ -4,15 +4,18 @@
 // pictures, ...) go first, then the rest of the home folder. It never descends into hidden
 // folders, caches, noise folders that the search drops anyway, other filesystems of a network
 // kind, or through symbolic links (so no loop), and stops at its time budget with what it has.
-// Names that are not valid UTF-8 are never hits.
+// Names that are not valid UTF-8 are never hits. A file whose name tells no type is typed by
+// its content through shared MIME info.
 //
 // Threading: blocks on the caller's task; observes its stop request.
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "desktop/file_services.h"
+#include "platform/linux/session_bus.h"
 
 namespace nuvrel::platform {
 
@@ -26,7 +29,13 @@ std::vector<desktop::MetadataItem> liveWalkMetadataQuery(
     const std::string& predicateFormat, const std::vector<std::string>& scopeDirectories,
     double timeout, core::AppLanguage language, const std::filesystem::path& home);
 
-// The rest of desktop::FileServices on this machine: listing, lstat identity, the Trash.
-desktop::FileServices liveFileServices(const std::filesystem::path& home);
+// Whether the walk leaves out a folder of this name (hidden, caches, noise folders).
+bool walkSkipsFolder(std::string_view name);
+
+// desktop::FileServices on this machine: the desktop's index on `bus` when its miner runs and
+// answers within a third of the budget (at most 1 s), else the walk with what budget is left;
+// listing, lstat identity, the Trash.
+desktop::FileServices liveFileServices(const std::filesystem::path& home,
+                                       std::shared_ptr<SessionBus> bus = nullptr);
 
 }  // namespace nuvrel::platform

@@ -15,6 +15,7 @@
 #include "core/localized_strings.h"
 #include "core/user_facing_error.h"
 #include "platform/linux/logind.h"
+#include "platform/linux/screenshot_portal.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -63,7 +64,8 @@ public:
     explicit Tools(const LiveSystemCommandSettings& settings)
         : strings_(core::LocalizedStrings::strings(settings.language)),
           logind_(settings.logindBusAddress),
-          screenshotFolder_(settings.screenshotFolder) {}
+          screenshotFolder_(settings.screenshotFolder),
+          sessionBus_(settings.sessionBus) {}
 
     void sleep() const {
         const Logind::Outcome outcome = logind_.suspend();
@@ -120,6 +122,10 @@ public:
         localtime_r(&now, &local);
         const std::string path =
             (folder / desktop::SystemCommandCapability::screenshotFileName(local)).string();
+        // A portal may first ask the user to allow captures: it is given time for that.
+        if (sessionBus_ &&
+            portalScreenshot(sessionBus_->connection(), path, std::chrono::seconds(10)))
+            return path;
         const std::vector<std::vector<std::string>> tools = {
             {"gnome-screenshot", "-f", path},
             {"spectacle", "-b", "-n", "-o", path},
@@ -174,6 +180,7 @@ private:
     const core::LocalizedStrings& strings_;
     Logind logind_;
     std::filesystem::path screenshotFolder_;
+    std::shared_ptr<SessionBus> sessionBus_;
 };
 
 }  // namespace

@@ -1,18 +1,20 @@
 #pragma once
 // The system commands on a Linux desktop: sleep and lock through logind, volume and mute
-// through `wpctl` (PipeWire), else `pactl` (PulseAudio), screen captures through the first of
-// gnome-screenshot, spectacle, grim and import, and the wallpaper settings of GNOME or KDE.
-// What the machine lacks ends in a core::UserFacingError that names it.
+// through `wpctl` (PipeWire), else `pactl` (PulseAudio), screen captures through the desktop
+// portal, else the first of gnome-screenshot, spectacle, grim and import, and the wallpaper
+// settings of GNOME or KDE. What the machine lacks ends in a core::UserFacingError that names it.
 //
 // Threading: the operations block on the caller's task while their tool runs.
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "core/app_language.h"
 #include "desktop/system_command_capability.h"
+#include "platform/linux/session_bus.h"
 
 namespace nuvrel::platform {
 
@@ -23,6 +25,9 @@ struct LiveSystemCommandSettings {
     std::optional<std::string> logindBusAddress{};
     // Where screen captures go; empty: the folder "Desktop" of the home directory.
     std::filesystem::path screenshotFolder{};
+    // The session bus of the desktop portal, asked for captures before the tools; none: the
+    // tools only.
+    std::shared_ptr<SessionBus> sessionBus{};
 };
 
 desktop::SystemCommandOperations liveSystemCommandOperations(
