@@ -27,11 +27,10 @@ bool HotkeyRecorder::keyPressed(std::optional<std::uint32_t> keyCode, std::uint3
         return true;
     }
     issue_.reset();
-    setRecording(false);
-    if (onCapture_ && !onCapture_(*keyCode, modifiers)) {
+    isRecording_ = false;
+    if (onCapture_ && !onCapture_(*keyCode, modifiers))
         issue_ = HotkeyRecorderIssue::registrationFailed;
-        if (onRecordingStateChange) onRecordingStateChange(false);
-    }
+    if (onRecordingStateChange) onRecordingStateChange(false);
     return true;
 }
 
