@@ -3,6 +3,7 @@
 set(prefix "${BUILD_DIR}/install-tree-check")
 file(REMOVE_RECURSE "${prefix}")
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}"
+                        --component panel
                 RESULT_VARIABLE failed OUTPUT_QUIET)
 if(failed)
   message(FATAL_ERROR "cmake --install failed")
@@ -20,8 +21,12 @@ file(STRINGS "${prefix}/etc/xdg/autostart/nuvrel-panel.desktop" exec REGEX "^Exe
 if(NOT exec MATCHES "nuvrel-panel --background$")
   message(FATAL_ERROR "the login entry does not start the panel hidden: ${exec}")
 endif()
-if(NOT IS_EXECUTABLE "${prefix}/bin/nuvrel-panel"
-   OR NOT EXISTS "${prefix}/share/icons/hicolor/scalable/apps/nuvrel.svg")
-  message(FATAL_ERROR "the program or its icon is missing")
+if(NOT EXISTS "${prefix}/share/icons/hicolor/scalable/apps/nuvrel.svg")
+  message(FATAL_ERROR "the icon is missing")
+endif()
+execute_process(COMMAND "${prefix}/bin/nuvrel-panel" --version OUTPUT_VARIABLE version
+                RESULT_VARIABLE failed)
+if(failed OR NOT version MATCHES "^nuvrel-panel ")
+  message(FATAL_ERROR "the installed program does not run: ${failed} ${version}")
 endif()
 file(REMOVE_RECURSE "${prefix}")

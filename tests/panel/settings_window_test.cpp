@@ -77,7 +77,7 @@ protected:
 };
 
 TEST_F(SettingsWindowTest, GeneralChangesAndTheRecordedShortcutLandInTheSettingsFile) {
-    QTest::mouseClick(child<QCheckBox>("networkFeatures"), Qt::LeftButton);
+    QTest::keyClick(child<QCheckBox>("networkFeatures"), Qt::Key_Space);
     QTest::keyClick(child<QComboBox>("language"), Qt::Key_Down);
     EXPECT_EQ(stored()["networkFeaturesEnabled"], "0");
     EXPECT_EQ(stored()["lang"], "ko");
