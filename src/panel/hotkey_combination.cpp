@@ -48,6 +48,50 @@ std::optional<X11KeyCombination> x11Combination(std::uint32_t keyCode, std::uint
     return std::nullopt;
 }
 
+std::optional<std::uint32_t> keyCodeForKeysym(std::uint32_t keysym) {
+    for (const auto& key : namedKeys) {
+        if (key.keysym == keysym) return key.keyCode;
+    }
+    for (const auto& [code, character] : printableKeys) {
+        if (static_cast<unsigned char>(character) == keysym) return code;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> portalTrigger(std::uint32_t keyCode, std::uint32_t modifiers) {
+    const auto combination = x11Combination(keyCode, modifiers);
+    if (!combination) return std::nullopt;
+    // XKB names of the signs; letters and digits are their own names.
+    static constexpr std::array<std::pair<char, const char*>, 11> signs{{{'=', "equal"},
+                                                                         {'-', "minus"},
+                                                                         {'[', "bracketleft"},
+                                                                         {']', "bracketright"},
+                                                                         {'\'', "apostrophe"},
+                                                                         {';', "semicolon"},
+                                                                         {'\\', "backslash"},
+                                                                         {',', "comma"},
+                                                                         {'/', "slash"},
+                                                                         {'.', "period"},
+                                                                         {'`', "grave"}}};
+    std::string trigger;
+    if (combination->modifiers & xControl) trigger += "CTRL+";
+    if (combination->modifiers & xAlt) trigger += "ALT+";
+    if (combination->modifiers & xShift) trigger += "SHIFT+";
+    if (combination->modifiers & xSuper) trigger += "LOGO+";
+    for (const auto& key : namedKeys) {
+        if (key.keyCode == keyCode) {
+            std::string name = key.name;
+            if (name == "Space") name = "space";
+            return trigger + name;
+        }
+    }
+    const auto character = static_cast<char>(combination->keysym);
+    for (const auto& [sign, name] : signs) {
+        if (sign == character) return trigger + name;
+    }
+    return trigger + character;
+}
+
 std::string shortcutName(std::uint32_t keyCode, std::uint32_t modifiers) {
     std::string name;
     if (modifiers & controlMask) name += "Ctrl+";

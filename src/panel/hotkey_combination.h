@@ -18,6 +18,15 @@ struct X11KeyCombination {
 // Nothing for a key this table does not know, or with none of the four modifiers.
 std::optional<X11KeyCombination> x11Combination(std::uint32_t keyCode, std::uint32_t modifiers);
 
+// The stored key code of an X11 key symbol (a lower-case letter, a digit, a sign of the ANSI
+// layout, Return, Tab, Space, Escape); nothing for any other key.
+std::optional<std::uint32_t> keyCodeForKeysym(std::uint32_t keysym);
+
+// The shortcut as the global-shortcuts portal takes a preferred trigger ("ALT+space",
+// "CTRL+SHIFT+k": modifiers, then the key's XKB name); nothing for a key the table does not
+// know or with no modifier.
+std::optional<std::string> portalTrigger(std::uint32_t keyCode, std::uint32_t modifiers);
+
 // "Alt+Space", "Ctrl+Shift+K": the shortcut as Linux desktops name it.
 std::string shortcutName(std::uint32_t keyCode, std::uint32_t modifiers);
 

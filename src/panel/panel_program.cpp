@@ -16,19 +16,26 @@
 #include "app/json_settings_store.h"
 #include "app/launch.h"
 #include "app/lazy_llm_runtime.h"
+#include "app/model_switch.h"
 #include "app/models_command.h"
 #include "base/http.h"
 #include "base/main_queue.h"
 #include "base/paths.h"
 #include "llm/model_resolution.h"
 #include "panel/autostart_entry.h"
+#include "panel/desktop_color_scheme.h"
+#include "panel/global_shortcuts_portal.h"
 #include "panel/hotkey_combination.h"
+#include "panel/model_installation.h"
 #include "panel/panel_arguments.h"
 #include "panel/panel_window.h"
+#include "panel/resident_child.h"
+#include "panel/settings_window.h"
 #include "panel/single_instance.h"
 #include "panel/x11_hotkey.h"
 #include "platform/linux/geoclue_location_provider.h"
 #include "platform/linux/secret_service_keychain.h"
+#include "platform/model_storage.h"
 
 extern char** environ;
 
@@ -101,6 +108,46 @@ int installAutostart() {
     }
 }
 
+// A model switch from the settings window: the lazy runtime's router moves to the new file,
+// or stays on the old one.
+std::function<void(const std::string&)> modelSwitchHandler(
+    std::shared_ptr<app::LazyLLMRuntime> runtime, std::shared_ptr<app::SettingsStoring> defaults,
+    std::shared_ptr<base::HttpSession> session, const base::XdgPaths& paths,
+    const base::Diagnostics& diagnostics) {
+    const int port = routerPort();
+    app::ModelSwitchEnvironment environment{
+        paths.modelsDirectory(), llm::liveFileExists,
+        [defaults, session, diagnostics, port](const std::filesystem::path& path) {
+            return app::LLMRuntime::forModel(*defaults, path,
+                                             llm::isInterimModel(path.filename().string()), session,
+                                             diagnostics, port);
+        },
+        diagnostics};
+    return [runtime, environment](const std::string& fileName) {
+        app::performModelSwitch(fileName, runtime->get(), environment);
+    };
+}
+
+// NUVREL_DEBUG_LATENCY: when the panel and a card are drawn, on standard error.
+std::function<void(std::string_view)> latencyLog(const base::Diagnostics& diagnostics) {
+    if (!environmentValue("NUVREL_DEBUG_LATENCY")) return nullptr;
+    return [diagnostics](std::string_view line) { diagnostics.latency(line); };
+}
+
+void applySettingsDebugHooks(const std::function<SettingsWindow&()>& openSettings) {
+    const auto first = environmentValue("NUVREL_DEBUG_SETTINGS_TAB");
+    if (environmentValue("NUVREL_DEBUG_SHOW_SETTINGS") || first) {
+        openSettings().showTab(
+            settingsTabFromRawValue(first.value_or("")).value_or(SettingsTab::general));
+    }
+    if (auto second = environmentValue("NUVREL_DEBUG_SETTINGS_TAB2"); first && second) {
+        if (const auto tab = settingsTabFromRawValue(*second))
+            QTimer::singleShot(2000, [openSettings, tab] { openSettings().showTab(*tab); });
+    }
+    if (environmentValue("NUVREL_DEBUG_START_HOTKEY_RECORDING"))
+        openSettings().startHotkeyRecording();
+}
+
 }  // namespace
 
 int runPanelProgram(int argc, char** argv) {
@@ -160,8 +207,12 @@ int runPanelProgram(int argc, char** argv) {
     pumpQueueFromEventLoop(queue);
     const auto paths = base::XdgPaths::fromEnvironment();
     auto defaults = std::make_shared<app::JsonSettingsStore>(paths.settingsFile(), diagnostics);
+    const auto session = std::make_shared<base::HttpSession>();
+    const app::LaunchSettings launch =
+        app::liveLaunchSettings(defaults, session, routerPort(), false, diagnostics);
     app::AppState::Environment environment;
     environment.userDefaults = defaults;
+    environment.keychain = launch.keychain;
     environment.preferredLanguages = app::preferredLanguagesFromEnvironment(environ);
     environment.debugLoggingEnabled = app::anyDebugVariableSet(environ);
     environment.diagnostics = diagnostics;
@@ -170,26 +221,76 @@ int runPanelProgram(int argc, char** argv) {
     environment.defaultModelFileName = app::modelFileInUse(*defaults, paths.modelsDirectory())
                                            .value_or(std::string(llm::interimModelFileName));
     auto state = app::AppState::create(queue, environment);
-    const app::LaunchSettings launch = app::liveLaunchSettings(
-        defaults, std::make_shared<base::HttpSession>(), routerPort(), false, diagnostics);
     const auto runtime = launch.runtime;
     state->makePipeline = app::makePipelineFactory(launch);
+    state->modelSwitchHandler = modelSwitchHandler(runtime, defaults, session, paths, diagnostics);
+    DesktopColorScheme colorScheme;
 
     const bool debugShow = environmentValue("NUVREL_DEBUG_SHOW_PANEL").has_value();
     int status = 0;
     {
-        PanelWindow panel(state, PanelEffects::live(),
-                          PanelWindow::Options{.keepOnFocusLoss = debugShow});
+        PanelWindow panel(
+            state, PanelEffects::live(),
+            PanelWindow::Options{.keepOnFocusLoss = debugShow,
+                                 .followPalette = true,
+                                 .desktopPrefersDark = [&] { return colorScheme.prefersDark(); },
+                                 .latencyLog = latencyLog(diagnostics)});
         window = &panel;
+        colorScheme.onChanged = [&panel] { panel.desktopThemeChanged(); };
+        // Made on first use: an idle panel carries no settings window.
+        std::unique_ptr<SettingsWindow> settings;
+        const auto openSettings = [&]() -> SettingsWindow& {
+            if (!settings) {
+                auto installation = std::make_shared<ModelInstallation>(
+                    state, queue,
+                    ModelInstallation::Environment{
+                        .modelsDirectory = paths.modelsDirectory(),
+                        .networkLog = launch.networkLog,
+                        .download = {.session = session,
+                                     .openStaging = platform::liveOpenStaging,
+                                     .availableSpace = platform::liveAvailableSpace},
+                        .diagnostics = diagnostics});
+                settings = std::make_unique<SettingsWindow>(
+                    state, SettingsWindow::Services{.networkLogFile = paths.networkActivityFile(),
+                                                    .installation = std::move(installation),
+                                                    .revealFile = PanelEffects::live().revealFile});
+            }
+            return *settings;
+        };
+        panel.onOpenSettings = [&] { openSettings().showTab(SettingsTab::general); };
+        panel.onStateChanged = [&settings] {
+            if (settings) settings->refresh();
+        };
 
+        // The desktop's portal first; the X11 grab where there is none.
+        GlobalShortcutsPortal portal(QDBusConnection::sessionBus(), diagnostics,
+                                     [&panel] { panel.toggle(); });
         X11Hotkey hotkey(diagnostics, [&panel] { panel.toggle(); });
-        if (hotkey.available()) {
+        if (portal.available()) {
+            portal.bind(state->hotkeyKeyCode(), state->hotkeyModifiers());
+            state->hotkeyChangeHandler = [&portal](std::uint32_t keyCode, std::uint32_t modifiers) {
+                return portal.bind(keyCode, modifiers);
+            };
+        } else if (hotkey.available()) {
             hotkey.registerCombination(state->hotkeyKeyCode(), state->hotkeyModifiers(), true);
             state->hotkeyChangeHandler = [&hotkey](std::uint32_t keyCode, std::uint32_t modifiers) {
                 return hotkey.reregister(keyCode, modifiers);
             };
+        }
+        if (hotkey.available()) {
             panel.onAboutToShow = [&hotkey] { hotkey.noteActiveWindow(); };
             panel.onDismissed = [&hotkey] { hotkey.restoreActiveWindow(); };
+        }
+
+        // The clipboard history is kept by the resident program's child, stopped with it.
+        std::optional<ResidentChild> clipboardWatcher;
+        std::error_code selfError;
+        const auto self = std::filesystem::read_symlink("/proc/self/exe", selfError);
+        if (const auto nuvrel = companionCommandLineProgram(self)) {
+            clipboardWatcher.emplace(*nuvrel, std::vector<std::string>{"watch-clipboard"},
+                                     diagnostics);
+        } else {
+            diagnostics.event("no nuvrel program beside nuvrel-panel: no clipboard history");
         }
 
         const QuitOnSignals quitOnSignals(signals);
@@ -200,10 +301,14 @@ int runPanelProgram(int argc, char** argv) {
             state->setQuery(*query);
             state->run(*query);
         }
+        applySettingsDebugHooks(openSettings);
         if (auto delay = environmentValue("NUVREL_DEBUG_TOGGLE_AFTER_MS"))
             QTimer::singleShot(std::atoi(delay->c_str()), &panel, [&panel] { panel.toggle(); });
 
         status = QApplication::exec();
+        panel.onStateChanged = nullptr;
+        colorScheme.onChanged = nullptr;
+        settings.reset();
         panel.hide();
         state->hotkeyChangeHandler = nullptr;
         window = nullptr;

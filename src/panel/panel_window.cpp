@@ -7,7 +7,9 @@
 #include <QScrollArea>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <cstdio>
 
+#include "app/settings_keys.h"
 #include "base/text.h"
 #include "core/localized_strings.h"
 #include "panel/panel_geometry.h"
@@ -100,6 +102,7 @@ void PanelWindow::stateChanged() {
     if (field_->text().normalized(QString::NormalizationForm_C) != query) field_->setText(query);
     applyTheme();
     rebuildCard();
+    if (onStateChanged) onStateChanged();
 }
 
 void PanelWindow::rebuildCard() {
@@ -127,6 +130,7 @@ void PanelWindow::rebuildCard() {
     } else {
         card_ = new CardWidget(std::move(*wanted), strings,
                                [this](const CardAction& action) { perform(action); });
+        if (options_.latencyLog) card_->installEventFilter(this);
         scroll_->setWidget(card_);
         scroll_->show();
         if (!phase.is(app::Phase::Kind::thinking)) state_->activeRowActions = card_->rowActions();
@@ -210,15 +214,27 @@ void PanelWindow::layOut() {
                 static_cast<int>(frame.y), width, height);
 }
 
+void PanelWindow::desktopThemeChanged() {
+    applyTheme();
+}
+
 void PanelWindow::applyTheme() {
-    const QColor window = QApplication::palette().color(QPalette::Window);
-    const bool dark = state_->isDark() || (options_.followPalette && window.lightness() < 128);
+    // A choice made in the settings holds; without one the desktop decides.
+    bool dark = state_->isDark();
+    if (!state_->userDefaults()->contains(app::settingsKey::appearance)) {
+        if (options_.desktopPrefersDark) {
+            dark = options_.desktopPrefersDark();
+        } else if (options_.followPalette) {
+            dark = QApplication::palette().color(QPalette::Window).lightness() < 128;
+        }
+    }
     if (darkApplied_ == dark) return;
     darkApplied_ = dark;
     setStyleSheet(themeStyleSheet(dark ? darkPalette : lightPalette));
 }
 
 void PanelWindow::showPanel() {
+    if (options_.latencyLog) showStarted_ = std::chrono::steady_clock::now();
     ++deferredHideGeneration_;
     if (onAboutToShow) onAboutToShow();
     // The screen that holds the pointer.
@@ -273,6 +289,21 @@ void PanelWindow::scheduleDeferredHide(std::chrono::steady_clock::duration after
 bool PanelWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == field_ && event->type() == QEvent::KeyPress)
         return handleKey(static_cast<QKeyEvent*>(event));
+    if (event->type() == QEvent::Paint && options_.latencyLog) {
+        // The first frame of the field after a show, of a result card after Return.
+        auto& started = watched == field_ ? showStarted_ : returnPressed_;
+        const bool resultCard = watched == card_ && state_->phase().asResult();
+        if (started && (watched == field_ || resultCard)) {
+            const std::chrono::duration<double, std::milli> took =
+                std::chrono::steady_clock::now() - *started;
+            started.reset();
+            char line[96];
+            std::snprintf(line, sizeof line, "%s drawn %.1f ms after the %s",
+                          watched == field_ ? "panel" : "card", took.count(),
+                          watched == field_ ? "toggle" : "Return");
+            options_.latencyLog(line);
+        }
+    }
     return QWidget::eventFilter(watched, event);
 }
 
@@ -306,7 +337,12 @@ bool PanelWindow::handleKey(QKeyEvent* key) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
             if (control) return unchanged && card_ && card_->alternateSelected();
+            if (options_.latencyLog) returnPressed_ = std::chrono::steady_clock::now();
             state_->submitSearchOrActivateRow();
+            return true;
+        case Qt::Key_Comma:
+            if (!control || !onOpenSettings) return false;
+            onOpenSettings();
             return true;
         case Qt::Key_C:
             if (!control || field_->hasSelectedText() || !card_ || !unchanged) return false;

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "app/app_state.h"
@@ -30,8 +31,12 @@ public:
     struct Options {
         // Focus loss never hides the panel (a debug hook, for looking at it).
         bool keepOnFocusLoss = false;
-        // Follow the desktop's palette for dark or light; else AppState's own setting.
+        // Follow the desktop's palette for dark or light while no appearance is chosen.
         bool followPalette = true;
+        // The desktop's own preference (the settings portal), in place of the palette's.
+        std::function<bool()> desktopPrefersDark{};
+        // Timings ("panel drawn 12.3 ms after the toggle"), when set.
+        std::function<void(std::string_view)> latencyLog{};
     };
 
     PanelWindow(std::shared_ptr<app::AppState> state, PanelEffects effects, Options options);
@@ -51,6 +56,13 @@ public:
     std::function<void()> onDismissed;
     // Called before the panel shows, to note who has focus now.
     std::function<void()> onAboutToShow;
+    // Ctrl+, in the field: the settings window.
+    std::function<void()> onOpenSettings;
+    // After each change of AppState, once the panel has followed it.
+    std::function<void()> onStateChanged;
+
+    // The desktop's dark or light preference changed.
+    void desktopThemeChanged();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -77,6 +89,8 @@ private:
     std::uint64_t deferredHideGeneration_ = 0;
     std::optional<bool> darkApplied_;
     QPointer<QScreen> screen_;
+    // When the last toggle and the last Return came, until their frame is drawn.
+    std::optional<std::chrono::steady_clock::time_point> showStarted_, returnPressed_;
     // A confirmed plan's outcome, shown in place of its card while that run is on show.
     std::optional<std::pair<std::uint64_t, Card>> replacement_;
 };

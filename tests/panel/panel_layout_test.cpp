@@ -40,6 +40,10 @@ TEST(HotkeyCombination, StoredShortcutsBecomeX11Grabs) {
     EXPECT_EQ(x11Combination(999, 2048), std::nullopt);  // a key the table lacks
     EXPECT_EQ(shortcutName(49, 2048), "Alt+Space");
     EXPECT_EQ(shortcutName(40, 4096 | 512), "Ctrl+Shift+K");
+    EXPECT_EQ(portalTrigger(49, 2048), "ALT+space");
+    EXPECT_EQ(portalTrigger(43, 256 | 4096), "CTRL+LOGO+comma");
+    EXPECT_EQ(portalTrigger(40, 0), std::nullopt);
+    EXPECT_EQ(keyCodeForKeysym('k'), 40u);  // what the recorder stores for the K key
 }
 
 TEST(AutostartEntry, StartsTheProgramInTheBackgroundAtLogin) {

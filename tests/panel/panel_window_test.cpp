@@ -13,6 +13,7 @@
 #include "app/launch.h"
 #include "app/lazy_llm_runtime.h"
 #include "base/paths.h"
+#include "support/offscreen_application.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::panel {
@@ -20,18 +21,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-QApplication& application() {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    static int argc = 1;
-    static char name[] = "panel_tests";
-    static char* argv[] = {name, nullptr};
-    static auto* app = new QApplication(argc, argv);  // lives as long as the process
-    return *app;
-}
-
 class PanelWindowTest : public testing::Test {
 protected:
-    QApplication& app = application();
+    QApplication& app = test::offscreenApplication();
     test::TemporaryHome home;
     base::MainQueue queue;
     std::vector<std::string> copied, opened;

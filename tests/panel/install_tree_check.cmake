@@ -1,0 +1,32 @@
+# Installs the build into a temporary prefix and checks that a desktop finds the panel there:
+# the program, its menu entry with icon, the icon, and the login entry that starts it hidden.
+set(prefix "${BUILD_DIR}/install-tree-check")
+file(REMOVE_RECURSE "${prefix}")
+execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}"
+                        --component panel
+                RESULT_VARIABLE failed OUTPUT_QUIET)
+if(failed)
+  message(FATAL_ERROR "cmake --install failed")
+endif()
+foreach(entry "share/applications/nuvrel-panel.desktop" "etc/xdg/autostart/nuvrel-panel.desktop")
+  file(READ "${prefix}/${entry}" text)
+  foreach(line "[Desktop Entry]\n" "\nType=Application\n" "\nIcon=nuvrel\n" "bin/nuvrel-panel")
+    string(FIND "${text}" "${line}" at)
+    if(at EQUAL -1)
+      message(FATAL_ERROR "${entry} lacks \"${line}\"")
+    endif()
+  endforeach()
+endforeach()
+file(STRINGS "${prefix}/etc/xdg/autostart/nuvrel-panel.desktop" exec REGEX "^Exec=")
+if(NOT exec MATCHES "nuvrel-panel --background$")
+  message(FATAL_ERROR "the login entry does not start the panel hidden: ${exec}")
+endif()
+if(NOT EXISTS "${prefix}/share/icons/hicolor/scalable/apps/nuvrel.svg")
+  message(FATAL_ERROR "the icon is missing")
+endif()
+execute_process(COMMAND "${prefix}/bin/nuvrel-panel" --version OUTPUT_VARIABLE version
+                RESULT_VARIABLE failed)
+if(failed OR NOT version MATCHES "^nuvrel-panel ")
+  message(FATAL_ERROR "the installed program does not run: ${failed} ${version}")
+endif()
+file(REMOVE_RECURSE "${prefix}")
