@@ -5,7 +5,7 @@
 
 #include <thread>
 
-#include "app/command_line.h"
+#include "app/terminal_session.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "llm/model_resolution.h"
@@ -22,20 +22,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-struct Run {
+struct Finished {
     int status = -1;
     std::string out;
 };
 
 // `nuvrel ask` routed by `server`; its standard error is appended to `errors`.
-Run ask(const test::ScriptedModelServer& server, const std::filesystem::path& errors,
-        std::vector<std::string> words) {
+Finished ask(const test::ScriptedModelServer& server, const std::filesystem::path& errors,
+             std::vector<std::string> words) {
     words.insert(words.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>>\"$0\"", errors.string(),
                                  NUVREL_PATH, "ask", "--lang", "en"});
     const test::EnvironmentOverride port("NUVREL_DEBUG_ROUTER_PORT",
                                          std::to_string(server.port()).c_str());
     test::HelperProcess nuvrel(words);
-    Run run;
+    Finished run;
     while (auto line = nuvrel.readLine(60s)) run.out += *line + "\n";
     const auto status = nuvrel.waitForExit(30s);
     if (status && WIFEXITED(*status)) run.status = WEXITSTATUS(*status);
@@ -68,10 +68,10 @@ TEST(RoutedPersonal, PauseAndWhatsPlayingDriveTheRunningPlayer) {
          {"pause", routedTo("music.play", R"({"action":"pause"})")}},
         std::string(llm::interimModelFileName));
     const auto errors = home.path() / "stderr";
-    const Run named = ask(server, errors, {"what's playing"});
+    const Finished named = ask(server, errors, {"what's playing"});
     EXPECT_EQ(named.status, exitResult) << named.out;
     EXPECT_NE(named.out.find("Evening Tone"), std::string::npos) << named.out;
-    const Run paused = ask(server, errors, {"pause"});
+    const Finished paused = ask(server, errors, {"pause"});
     EXPECT_EQ(paused.status, exitResult) << paused.out;
     EXPECT_TRUE(playing(false)) << paused.out;
     EXPECT_EQ(server.sentences(), (std::vector<std::string>{"what's playing", "pause"}))
@@ -95,22 +95,22 @@ TEST(RoutedPersonal, AMessageIsSentOnlyConfirmedToOneContactAndNoLogHoldsPersona
         std::string(llm::interimModelFileName));
     const auto errors = home.path() / "stderr";
 
-    const Run unconfirmed = ask(server, errors, {"text Jamie I'm running late"});
+    const Finished unconfirmed = ask(server, errors, {"text Jamie I'm running late"});
     EXPECT_EQ(unconfirmed.status, exitNotConfirmed) << unconfirmed.out;
     EXPECT_TRUE(kdeConnect.sent().empty());
-    const Run sent = ask(server, errors, {"--yes", "text Jamie I'm running late"});
+    const Finished sent = ask(server, errors, {"--yes", "text Jamie I'm running late"});
     EXPECT_EQ(sent.status, exitResult) << sent.out;
     EXPECT_EQ(kdeConnect.sent(),
               std::vector<std::string>{"/modules/kdeconnect/devices/phone1/sms|+1 555 0100|"
                                        "I'm running late"});
     // Two contacts answer to the name: with no terminal to choose on, nothing is sent.
-    const Run ambiguous = ask(server, errors, {"--yes", "text 철수 on my way"});
+    const Finished ambiguous = ask(server, errors, {"--yes", "text 철수 on my way"});
     EXPECT_EQ(ambiguous.status, exitNotConfirmed) << ambiguous.out;
     EXPECT_NE(ambiguous.out.find("철수, 김철수"), std::string::npos) << ambiguous.out;
     EXPECT_EQ(kdeConnect.sent().size(), 1u);
 
     EXPECT_EQ(ask(server, errors, {"take a note: buy oat milk"}).status, exitResult);
-    const Run clipboard = ask(server, errors, {"clipboard"});
+    const Finished clipboard = ask(server, errors, {"clipboard"});
     EXPECT_NE(clipboard.out.find("copied passphrase 4711"), std::string::npos) << clipboard.out;
 
     const std::string logs = base::readFile(errors).value_or("") +
