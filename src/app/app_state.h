@@ -160,6 +160,12 @@ public:
     // outcome asks for no confirmation or a newer run has started meanwhile. False when
     // nothing was started.
     bool confirmShown(std::size_t row, std::function<void(core::PipelineOutcome)> done);
+    // The contacts that the shown draft's recipient names, looked up on a task of its own and
+    // handed to `done` on the main thread (not called when a newer run started). False when
+    // no message draft is on show.
+    bool lookUpShownRecipients(std::function<void(std::vector<personal::ContactMatch>)> done);
+    // The user's pick among them: the shown draft goes to its handle from now on.
+    void chooseShownRecipient(const personal::ContactMatch& match);
 
     // Settings actions.
     void selectModel(const std::string& fileName);

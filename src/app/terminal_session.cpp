@@ -1,6 +1,7 @@
 #include "app/terminal_session.h"
 
 #include <algorithm>
+#include <charconv>
 #include <istream>
 #include <ostream>
 
@@ -51,21 +52,69 @@ int TerminalSession::ask(std::string_view sentence) {
     const int status = printSettled();
     const core::PipelineOutcome* shown = state_->phase().asResult();
     if (quitRequested_ || !shown || confirmationRowCount(*shown) == 0) return status;
+    if (const auto ended = chooseRecipient()) return *ended;
+    shown = state_->phase().asResult();
+    if (quitRequested_ || !shown) return status;
     return settleConfirmation(*shown, status);
+}
+
+std::optional<std::string> TerminalSession::readAnswer(const std::string& prompt) {
+    out_ << prompt << std::flush;
+    std::string line;
+    readingInput_ = true;
+    const bool read = static_cast<bool>(std::getline(*confirmation_.answers, line));
+    readingInput_ = false;
+    if (!read) return std::nullopt;
+    return base::text::lower(base::text::nfc(base::text::trim(line)));
 }
 
 bool TerminalSession::userSaysYes(const std::string& prompt) {
     // Any of the four interface languages' yes words counts, whatever the interface language.
     static const std::vector<std::string> yesWords = {"y",  "yes",  "예", "네",   "응",
                                                       "是", "是的", "好", "はい", "うん"};
-    out_ << prompt << std::flush;
-    std::string line;
-    readingInput_ = true;
-    const bool read = static_cast<bool>(std::getline(*confirmation_.answers, line));
-    readingInput_ = false;
-    if (!read) return false;
-    const std::string answer = base::text::lower(base::text::nfc(base::text::trim(line)));
-    return std::find(yesWords.begin(), yesWords.end(), answer) != yesWords.end();
+    const auto answer = readAnswer(prompt);
+    return answer && std::find(yesWords.begin(), yesWords.end(), *answer) != yesWords.end();
+}
+
+std::optional<int> TerminalSession::chooseRecipient() {
+    std::optional<std::vector<personal::ContactMatch>> matches;
+    running_ = true;
+    const bool started = state_->lookUpShownRecipients(
+        [&](std::vector<personal::ContactMatch> found) { matches = std::move(found); });
+    queue_.runUntil(
+        [&] { return !started || matches || quitRequested_ || state_->tasksInFlight() == 0; });
+    running_ = false;
+    if (!matches || matches->empty()) return std::nullopt;
+    if (matches->size() == 1) {
+        state_->chooseShownRecipient(matches->front());
+        return std::nullopt;
+    }
+    const auto& strings = core::LocalizedStrings::strings(state_->lang());
+    if (!confirmation_.answers) {
+        // --yes cannot pick a person: the card lists them and nothing is sent.
+        std::string names;
+        for (const auto& match : *matches) names += (names.empty() ? "" : ", ") + match.name;
+        const auto card = core::PipelineOutcome::error(core::UserFacingError(
+            base::text::replaceAll(strings.messageRecipientAmbiguousTemplate, "%@", names)));
+        if (json_)
+            out_ << outcomeJSON(card).dump() << '\n';
+        else
+            out_ << cardText(card, strings);
+        return exitNotConfirmed;
+    }
+    out_ << strings.messageRecipientMultipleMatchesLabel << '\n';
+    for (std::size_t index = 0; index < matches->size(); ++index)
+        out_ << "  " << index + 1 << ". " << (*matches)[index].name << "  "
+             << (*matches)[index].handle << '\n';
+    const auto answer = readAnswer(base::text::replaceAll(
+        strings.messageRecipientChoicePromptTemplate, "%@", std::to_string(matches->size())));
+    std::size_t chosen = 0;
+    if (answer) std::from_chars(answer->data(), answer->data() + answer->size(), chosen);
+    if (chosen < 1 || chosen > matches->size() || !answer ||
+        answer->find_first_not_of("0123456789") != std::string::npos)
+        return exitNotConfirmed;
+    state_->chooseShownRecipient((*matches)[chosen - 1]);
+    return std::nullopt;
 }
 
 int TerminalSession::settleConfirmation(const core::PipelineOutcome& pending, int status) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -61,6 +62,11 @@ private:
     // each confirmed row gave. The status of the whole ask.
     int settleConfirmation(const core::PipelineOutcome& shown, int status);
     bool userSaysYes(const std::string& prompt);
+    // The trimmed, lower-cased line typed after `prompt`; nothing at the end of input.
+    std::optional<std::string> readAnswer(const std::string& prompt);
+    // Settles whom a message draft on show goes to: one contact is taken, several are offered
+    // as a numbered choice on a terminal. The status to end with when no send may follow.
+    std::optional<int> chooseRecipient();
 
     base::MainQueue& queue_;
     std::shared_ptr<AppState> state_;

@@ -385,6 +385,7 @@ struct LocalizedList : std::vector<std::string> {
     TEXT(musicNoPlayerMessage)                        \
     TEXT(musicCannotSearchMessage)                    \
     TEXT(messageRecipientAmbiguousTemplate)           \
+    TEXT(messageRecipientChoicePromptTemplate)        \
     TEXT(settingsUnknownKeyTemplate)                  \
     TEXT(settingsInvalidValueTemplate)                \
     TEXT(keyStoreUnavailableMessage)                  \

@@ -394,6 +394,7 @@ const LocalizedStrings& LocalizedStrings::en() {
         .musicNoPlayerMessage = "No media player is running",
         .musicCannotSearchMessage = "This player can't search for music",
         .messageRecipientAmbiguousTemplate = "Several contacts match: %@",
+        .messageRecipientChoicePromptTemplate = "Send to which one? [1–%@] ",
         .settingsUnknownKeyTemplate = "Unknown setting \"%@\" (nuvrel settings lists them all)",
         .settingsInvalidValueTemplate = "\"%1$@\" is not a valid value for %2$@",
         .keyStoreUnavailableMessage = "No key store answered (GNOME Keyring or KWallet): the key was not saved",

@@ -475,6 +475,7 @@ const LocalizedStrings& LocalizedStrings::ja() {
         .musicNoPlayerMessage = "実行中のメディアプレーヤーがありません",
         .musicCannotSearchMessage = "このプレーヤーは音楽を検索できません",
         .messageRecipientAmbiguousTemplate = "複数の連絡先が一致します：%@",
+        .messageRecipientChoicePromptTemplate = "どの連絡先に送りますか？ [1–%@] ",
         .settingsUnknownKeyTemplate =
             "不明な設定「%@」です（nuvrel settings ですべて表示できます）",
         .settingsInvalidValueTemplate = "「%1$@」は %2$@ に使えない値です",

@@ -456,6 +456,7 @@ const LocalizedStrings& LocalizedStrings::ko() {
         .musicNoPlayerMessage = "실행 중인 미디어 플레이어가 없습니다",
         .musicCannotSearchMessage = "이 플레이어는 음악을 검색할 수 없습니다",
         .messageRecipientAmbiguousTemplate = "여러 연락처가 일치합니다: %@",
+        .messageRecipientChoicePromptTemplate = "어느 연락처로 보낼까요? [1–%@] ",
         .settingsUnknownKeyTemplate =
             "알 수 없는 설정 \"%@\" (nuvrel settings에서 모든 설정을 볼 수 있어요)",
         .settingsInvalidValueTemplate = "\"%1$@\"은(는) %2$@에 쓸 수 없는 값이에요",

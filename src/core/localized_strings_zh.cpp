@@ -417,6 +417,7 @@ const LocalizedStrings& LocalizedStrings::zh() {
         .musicNoPlayerMessage = "没有正在运行的媒体播放器",
         .musicCannotSearchMessage = "此播放器无法搜索音乐",
         .messageRecipientAmbiguousTemplate = "有多个联系人匹配：%@",
+        .messageRecipientChoicePromptTemplate = "发送给哪一位？[1–%@] ",
         .settingsUnknownKeyTemplate = "未知设置“%@”（nuvrel settings 会列出全部设置）",
         .settingsInvalidValueTemplate = "“%1$@”不是 %2$@ 的有效值",
         .keyStoreUnavailableMessage = "密钥库（GNOME Keyring 或 KWallet）没有响应：密钥未保存",

@@ -55,8 +55,9 @@ std::optional<CalendarAddEventCandidate> CalendarAddEventFastPath::match(std::st
 }
 
 std::optional<CalendarDeleteCandidate> CalendarDeleteFastPath::match(std::string_view query) {
-    std::optional<std::string> rest = deleteRequestRest(
-        query, DeleteRequestWords{calendarNouns, deleteVerbs, stopTokens, verbEndings});
+    static const DeleteRequestReader reader(
+        DeleteRequestWords{calendarNouns, deleteVerbs, stopTokens, verbEndings});
+    std::optional<std::string> rest = reader.rest(query);
     if (!rest) return std::nullopt;
     if (rest->empty()) *rest = sentinel;
     auto parsed = DateTimeExpressionParser::parse(*rest);

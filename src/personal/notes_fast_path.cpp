@@ -72,8 +72,9 @@ std::optional<NotesCandidate> NotesFastPath::match(std::string_view query) {
 }
 
 std::optional<NoteDeleteCandidate> NoteDeleteFastPath::match(std::string_view query) {
-    auto rest = deleteRequestRest(
-        query, DeleteRequestWords{noteNouns, deleteVerbs, stopTokens, verbEndings});
+    static const DeleteRequestReader reader(
+        DeleteRequestWords{noteNouns, deleteVerbs, stopTokens, verbEndings});
+    auto rest = reader.rest(query);
     if (!rest || rest->empty()) return std::nullopt;
     return NoteDeleteCandidate{std::move(*rest)};
 }

@@ -86,8 +86,9 @@ std::optional<ReminderCandidate> ReminderFastPath::match(std::string_view query)
 }
 
 std::optional<ReminderDeleteCandidate> ReminderDeleteFastPath::match(std::string_view query) {
-    const auto rest = deleteRequestRest(
-        query, DeleteRequestWords{reminderNouns, deleteVerbs, stopTokens, verbEndings});
+    static const DeleteRequestReader reader(
+        DeleteRequestWords{reminderNouns, deleteVerbs, stopTokens, verbEndings});
+    const auto rest = reader.rest(query);
     if (!rest) return std::nullopt;
     return ReminderDeleteCandidate{*rest};
 }

@@ -1,6 +1,7 @@
 // What happens on the user's word: the confirm button of a draft, or the delete button of a
 // row of a confirmation card. The command line and the panel both come here.
 
+#include "base/cancellation.h"
 #include "base/text.h"
 #include "desktop/delete_file_capability.h"
 #include "personal/message_send_capability.h"
@@ -18,6 +19,10 @@ core::PipelineOutcome sendToResolvedRecipient(personal::MessageSendCapability& m
                                               const core::MessageDraft& draft,
                                               const core::LocalizedStrings& strings,
                                               const base::Diagnostics& diagnostics) {
+    // A recipient picked among several on the card: the draft already holds its handle.
+    if (draft.resolvedName)
+        return *outcomeOfCall(ErrorRule::allThroughUserFacing, strings, diagnostics,
+                              [&] { return messages.execute(core::ActionPlan(draft)); });
     std::vector<personal::ContactMatch> matches;
     try {
         matches = messages.resolveRecipient(draft.recipientQuery, draft.channel);
@@ -44,6 +49,20 @@ core::PipelineOutcome sendToResolvedRecipient(personal::MessageSendCapability& m
 }
 
 }  // namespace
+
+std::vector<personal::ContactMatch> Pipeline::recipientCandidates(
+    const core::MessageDraft& draft) const {
+    const auto messages = std::dynamic_pointer_cast<personal::MessageSendCapability>(
+        registry.capability(core::IntentID::messageSend));
+    if (!messages) return {};
+    try {
+        return messages->resolveRecipient(draft.recipientQuery, draft.channel);
+    } catch (...) {
+        base::rethrowIfCancelled();
+        // The send that follows looks up again and reports what went wrong.
+        return {};
+    }
+}
 
 std::optional<core::PipelineOutcome> Pipeline::carryOutConfirmed(const core::PipelineOutcome& shown,
                                                                  std::size_t row) const {

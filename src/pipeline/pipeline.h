@@ -122,6 +122,8 @@ public:
     // confirmation card, carried out as the panel's confirm button would.
     std::optional<core::PipelineOutcome> carryOutConfirmed(const core::PipelineOutcome& shown,
                                                            std::size_t row) const override;
+    std::vector<personal::ContactMatch> recipientCandidates(
+        const core::MessageDraft& draft) const override;
 
     // Serves the routed intents that act without a plan. An outcome ends the run; nothing hands
     // the intent on to the validator. Tests the task's stop request first. Never throws.

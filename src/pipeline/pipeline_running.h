@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/pipeline_outcome.h"
+#include "personal/contact_name_matcher.h"
 
 namespace nuvrel::pipeline {
 
@@ -27,6 +28,13 @@ public:
     virtual std::optional<core::PipelineOutcome> carryOutConfirmed(
         const core::PipelineOutcome& /*shown*/, std::size_t /*row*/) const {
         return std::nullopt;
+    }
+    // The contacts that a draft's recipient names, as its card looks them up; empty when none
+    // answers or the contacts cannot be read. Blocks on the caller's task; throws only
+    // base::Cancelled.
+    virtual std::vector<personal::ContactMatch> recipientCandidates(
+        const core::MessageDraft& /*draft*/) const {
+        return {};
     }
 };
 

@@ -23,9 +23,9 @@ using Result = core::CapabilityResult;
 class ConfirmingPipeline final : public pipeline::PipelineRunning {
 public:
     core::PipelineOutcome run(std::string_view query) const override {
-        if (query == "text mom hi")
-            return core::PipelineOutcome::confirm(
-                core::MessageDraft{.recipientQuery = "mom", .body = "hi"});
+        if (query.starts_with("text "))
+            return core::PipelineOutcome::confirm(core::MessageDraft{
+                .recipientQuery = std::string(query.substr(5, 3)), .body = "hi"});
         return core::PipelineOutcome::result(
             Result::CalendarDeleteConfirmation{{{.title = "Dentist", .eventIdentifier = "a"},
                                                 {.title = "Yoga", .eventIdentifier = "b"}},
@@ -43,6 +43,14 @@ public:
                 Result::MessageSent{*shown.asConfirm()->get<core::MessageDraft>()});
         const auto& events = shown.asResult()->get<Result::CalendarDeleteConfirmation>()->events;
         return core::PipelineOutcome::result(Result::CalendarEventDeleted{events[row].title});
+    }
+    // Two contacts answer to "kim", one to "mom".
+    std::vector<personal::ContactMatch> recipientCandidates(
+        const core::MessageDraft& draft) const override {
+        if (draft.recipientQuery == "mom") return {{"Mom", "010-1", "M"}};
+        if (draft.recipientQuery == "kim")
+            return {{"Kim A", "010-2", "K"}, {"Kim B", "010-3", "K"}};
+        return {};
     }
     std::shared_ptr<std::vector<std::size_t>> carriedOut =
         std::make_shared<std::vector<std::size_t>>();
@@ -67,6 +75,17 @@ TEST(CommandLineConfirmation, OnlyAYesCarriesOutAndNothingIsDoneWithoutAnAnswer)
         {"delete events", false, "", exitNotConfirmed, {}, "[y/N]"},
         {"text mom hi", false, "是\n", exitResult, {0}, "Go ahead? [y/N]"},
         {"text mom hi", false, std::nullopt, exitNotConfirmed, {}, "Nothing was done"},
+        {"text mom hi", true, std::nullopt, exitResult, {0}, "→ Mom (imessage)"},
+        // Several contacts: a numbered choice on a terminal, never a guess without one.
+        {"text kim hi", false, "2\ny\n", exitResult, {0}, "→ Kim B (imessage)"},
+        {"text kim hi", true, "1\n", exitResult, {0}, "→ Kim A (imessage)"},
+        {"text kim hi", false, "3\ny\n", exitNotConfirmed, {}, "Send to which one? [1–2]"},
+        {"text kim hi",
+         true,
+         std::nullopt,
+         exitNotConfirmed,
+         {},
+         "Several contacts match: Kim A, Kim B"},
     };
     for (const Case& c : cases) {
         base::MainQueue queue;

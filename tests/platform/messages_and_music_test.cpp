@@ -1,7 +1,6 @@
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <thread>
 
 #include "core/localized_strings.h"
@@ -11,8 +10,7 @@
 #include "platform/linux/desktop_messenger.h"
 #include "platform/linux/mpris_player.h"
 #include "platform/linux/vcard_folder.h"
-#include "support/bus_stand_in.h"
-#include "support/helper_process.h"
+#include "support/personal_components.h"
 #include "support/private_bus.h"
 #include "support/recording_sink.h"
 #include "support/temporary_home.h"
@@ -35,62 +33,15 @@ std::string messageOf(const std::function<void()>& call) {
     return {};
 }
 
-// As khard writes them (3.0, folded at 75 octets) and as Evolution does (4.0, CRLF, grouped
-// properties, typed numbers).
-void writeAddressBook(const fs::path& folder) {
-    fs::create_directories(folder);
-    std::ofstream(folder / "a.vcf")
-        << "BEGIN:VCARD\nVERSION:3.0\nFN:김철수\nN:김;철수;;;\n"
-           "TEL;TYPE=cell:010-1111-\n 2222\nTEL:02-555-0000\nEND:VCARD\n";
-    std::ofstream(folder / "b.vcf") << "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:철수\r\n"
-                                       "TEL;VALUE=uri;TYPE=\"voice,cell\":tel:+82-10-3333-4444\r\n"
-                                       "END:VCARD\r\n";
-    std::ofstream(folder / "c.vcf")
-        << "BEGIN:VCARD\r\nVERSION:4.0\r\nN:Lee;Jamie;;;\r\n"
-           "NICKNAME:Jay,JJ\r\nitem1.EMAIL;TYPE=work:jamie@example.org\r\n"
-           "TEL:+1 555 0100\r\nEND:VCARD\r\n"
-           "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Sam Park\r\n"
-           "EMAIL:sam@example.com\r\nEND:VCARD\r\n";
-    std::ofstream(folder / "d.vcf") << "BEGIN:VCARD\nVERSION:3.0\nFN:No Handle\nEND:VCARD\n";
-}
-
-constexpr const char* daemonXML =
-    "<node><interface name='org.kde.kdeconnect.daemon'><method name='devices'>"
-    "<arg type='b' direction='in'/><arg type='b' direction='in'/>"
-    "<arg type='as' direction='out'/></method></interface></node>";
-constexpr const char* smsXML =
-    "<node><interface name='org.kde.kdeconnect.device.sms'><method name='sendSms'>"
-    "<arg type='av' direction='in'/><arg type='s' direction='in'/>"
-    "<arg type='av' direction='in'/></method></interface></node>";
-
 TEST(Messages, ResolveAmongVCardsAndSendThroughKdeConnectOrMailto) {
     test::TemporaryHome home;
     test::PrivateBus bus;
     ASSERT_FALSE(bus.address.empty());
-    bool reachable = true;
-    std::string sent;
-    test::BusStandIn kdeConnect(
-        bus.address, "org.kde.kdeconnect",
-        {{"/modules/kdeconnect", daemonXML}, {"/modules/kdeconnect/devices/phone1/sms", smsXML}},
-        [&](const std::string& path, const std::string& method, GVariant* parameters) -> GVariant* {
-            if (method == "devices") {
-                const char* none[] = {nullptr};
-                const char* one[] = {"phone1", nullptr};
-                return g_variant_new("(^as)", reachable ? one : none);
-            }
-            GVariant* addresses = g_variant_get_child_value(parameters, 0);
-            GVariant* first = g_variant_get_variant(g_variant_get_child_value(addresses, 0));
-            const char* number = nullptr;
-            const char* text = nullptr;
-            g_variant_get(first, "(&s)", &number);
-            g_variant_get_child(parameters, 1, "&s", &text);
-            sent = path + "|" + number + "|" + text;
-            return nullptr;
-        });
+    test::KdeConnectStandIn kdeConnect(bus.address);
 
     test::RecordedDiagnostics recorded;
     const fs::path folder = home.path() / "contacts";
-    writeAddressBook(folder);
+    test::writeAddressBook(folder);
     std::vector<std::string> opened;
     personal::MessageSendCapability messages(
         core::AppLanguage::en, std::make_shared<VCardFolder>(folder, recorded.diagnostics),
@@ -116,13 +67,15 @@ TEST(Messages, ResolveAmongVCardsAndSendThroughKdeConnectOrMailto) {
 
     const std::string body = "I'm running \"late\" & sorry";
     messages.execute(core::MessageDraft{"010-1111-2222", "김철수", Channel::sms, body});
-    EXPECT_EQ(sent, "/modules/kdeconnect/devices/phone1/sms|010-1111-2222|" + body);
+    EXPECT_EQ(
+        kdeConnect.sent(),
+        std::vector<std::string>{"/modules/kdeconnect/devices/phone1/sms|010-1111-2222|" + body});
     messages.execute(
         core::MessageDraft{"sam@example.com", "Sam Park", Channel::mail, "the report is ready?"});
     EXPECT_EQ(opened,
               std::vector<std::string>{"mailto:sam@example.com?body=the%20report%20is%20ready%3F"});
 
-    reachable = false;
+    kdeConnect.setReachable(false);
     EXPECT_EQ(messageOf([&] {
                   messages.execute(core::MessageDraft{"010", std::nullopt, Channel::sms, body});
               }),
@@ -131,32 +84,14 @@ TEST(Messages, ResolveAmongVCardsAndSendThroughKdeConnectOrMailto) {
         EXPECT_EQ(recorded.sink->text().find(secret), std::string::npos) << secret;
 }
 
-// A generated tone, so that the player has something real to play.
-void writeTone(const fs::path& path, int seconds) {
-    const std::uint32_t rate = 8000, samples = rate * seconds;
-    std::ofstream out(path, std::ios::binary);
-    const auto put = [&](std::uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) out.put(static_cast<char>((value >> (8 * i)) & 0xff));
-    };
-    out << "RIFF";
-    put(36 + samples, 4);
-    out << "WAVEfmt ";
-    put(16, 4), put(1, 2), put(1, 2), put(rate, 4), put(rate, 4), put(1, 2), put(8, 2);
-    out << "data";
-    put(samples, 4);
-    for (std::uint32_t i = 0; i < samples; ++i) out.put(static_cast<char>(i % 32 < 16 ? 96 : 160));
-}
-
 TEST(Music, DrivesARealMprisPlayerAndReadsItsState) {
     test::TemporaryHome home;
     test::PrivateBus bus;
     ASSERT_FALSE(bus.address.empty());
-    writeTone(home.path() / "first.wav", 600);
-    writeTone(home.path() / "second.wav", 600);
-    auto mpv = std::make_unique<test::HelperProcess>(std::vector<std::string>{
-        "/usr/bin/mpv", "--no-config", "--script=/etc/mpv/scripts/mpris.so", "--ao=null",
-        "--vo=null", "--really-quiet", (home.path() / "first.wav").string(),
-        (home.path() / "second.wav").string()});
+    const auto first = home.path() / "first.wav", second = home.path() / "second.wav";
+    test::writeTone(first, 600);
+    test::writeTone(second, 600);
+    auto mpv = test::startMprisPlayer({first, second});
     auto player = std::make_shared<MprisPlayer>(SessionBus::connect());
     const auto waitFor =
         [&](const std::function<bool(const std::optional<core::NowPlaying>&)>& ok) {

@@ -8,6 +8,7 @@
 #include "base/paths.h"
 #include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/markdown_notes_folder.h"
+#include "support/environment_override.h"
 #include "support/helper_process.h"
 #include "support/recording_sink.h"
 #include "support/temporary_home.h"
@@ -112,6 +113,96 @@ TEST_F(XvfbClipboard, RecordsCopiesInOrderButNeverASecret) {
     struct stat info {};
     ASSERT_EQ(::stat(file.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+// wl-paste as wl-clipboard ships it, over a clipboard kept in files ("types", "text" and a
+// "serial" that each copy raises): --list-types, the text, and --watch, which runs its command
+// with the selection on standard input once at its start and again at each new selection.
+constexpr const char* fakeWlPaste = R"(#!/bin/sh
+cd "$FAKE_CLIPBOARD" || exit 1
+case "$1" in
+--list-types) cat types ;;
+--no-newline) cat text ;;
+--watch)
+    shift
+    seen=
+    while :; do
+        serial=$(cat serial)
+        if [ "$serial" != "$seen" ]; then seen=$serial; "$@" <text; echo "$serial" >>noticed; fi
+        sleep 0.02
+    done ;;
+*) exit 1 ;;
+esac
+)";
+
+TEST(WaylandClipboard, ChoosesWlPasteWatchAndRecordsWhatItReportsButNeverASecret) {
+    test::TemporaryHome home;
+    const fs::path bin = home.path() / "bin", clipboard = home.path() / "clipboard";
+    fs::create_directories(bin);
+    fs::create_directories(clipboard);
+    std::ofstream(bin / "wl-paste") << fakeWlPaste;
+    fs::permissions(bin / "wl-paste", fs::perms::owner_all);
+    test::EnvironmentOverride environment("FAKE_CLIPBOARD", clipboard.c_str());
+    const std::string path = std::getenv("PATH");
+    const std::string fakeFirst = bin.string() + ":" + path;
+    struct Case {
+        const char* wayland;
+        const char* display;
+        const char* path;
+        ClipboardWatchMode mode;
+    };
+    for (const Case& c :
+         {Case{"wayland-1", nullptr, fakeFirst.c_str(), ClipboardWatchMode::waylandNotices},
+          Case{"wayland-1", nullptr, "/nonexistent", ClipboardWatchMode::none},
+          Case{nullptr, ":7", path.c_str(), ClipboardWatchMode::polling},
+          Case{"", nullptr, fakeFirst.c_str(), ClipboardWatchMode::none}}) {
+        environment.set("WAYLAND_DISPLAY", c.wayland);
+        environment.set("DISPLAY", c.display);
+        environment.set("PATH", c.path);
+        EXPECT_EQ(clipboardWatchMode(), c.mode) << (c.display ? c.display : "") << c.path;
+    }
+
+    environment.set("WAYLAND_DISPLAY", "wayland-1");
+    environment.set("PATH", fakeFirst.c_str());
+    int serial = 0;
+    const auto noticed = [&] {
+        return base::readFile(clipboard / "noticed")
+            .value_or("")
+            .ends_with(std::to_string(serial) + "\n");
+    };
+    const auto copy = [&](const std::string& text, const std::string& types) {
+        std::ofstream(clipboard / "types") << types;
+        std::ofstream(clipboard / "text") << text;
+        std::ofstream(clipboard / "serial") << ++serial;
+    };
+    copy("there before", "text/plain;charset=utf-8\n");
+    auto source = liveClipboardSource();
+    ASSERT_TRUE(source);
+    const fs::path state = base::XdgPaths::fromEnvironment().stateHome;
+    auto store = liveClipboardHistoryStore(state);
+    std::atomic<bool> stop = false;
+    std::thread watcher([&] { EXPECT_TRUE(watchWaylandClipboard(*source, *store, stop)); });
+    const auto waitUntil = [](const std::function<bool()>& done) {
+        for (int i = 0; i < 200 && !done(); ++i) std::this_thread::sleep_for(20ms);
+        return done();
+    };
+    const auto recorded = [&](const std::string& text) {
+        return waitUntil([&] {
+            const auto entries = store->recentEntries();
+            return !entries.empty() && entries.front() == text;
+        });
+    };
+    EXPECT_TRUE(waitUntil(noticed));
+    copy("first copy", "text/plain\ntext/plain;charset=utf-8\n");
+    EXPECT_TRUE(recorded("first copy"));
+    copy("hunter2", "text/plain;charset=utf-8\nx-kde-passwordManagerHint\n");
+    EXPECT_TRUE(waitUntil(noticed));
+    std::this_thread::sleep_for(300ms);
+    copy("second copy", "UTF8_STRING\ntext/plain;charset=utf-8\n");
+    EXPECT_TRUE(recorded("second copy"));
+    stop = true;
+    watcher.join();
+    EXPECT_EQ(store->recentEntries(), (std::vector<std::string>{"second copy", "first copy"}));
 }
 
 }  // namespace

@@ -1,10 +1,14 @@
 #include "platform/linux/clipboard_watcher.h"
 
 #include <glib.h>
+#include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <thread>
 
@@ -119,31 +123,95 @@ std::vector<std::string> pasteboardTypeIdentifiers(const std::vector<std::string
     return identifiers;
 }
 
-void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& store,
-                    const std::atomic<bool>& stop,
-                    const std::function<void(std::chrono::milliseconds)>& sleep) {
-    // X11 has no change count that a helper could read: a change is a new pair of types and
-    // text. Types come first, so that a concealed text is never fetched.
-    const auto read = [&]() -> std::optional<Seen> {
-        auto types = source.types();
+namespace {
+
+// Reads the clipboard and records it when it differs from the last reading. X11 has no change
+// count that a helper could read: a change is a new pair of types and text. Types come first,
+// so that a concealed text is never fetched.
+class ChangeRecorder {
+public:
+    ChangeRecorder(ClipboardSource& source, personal::ClipboardHistoryStore& store)
+        : source_(source), store_(store), last_(read()) {}
+
+    void check() {
+        std::optional<Seen> now = read();
+        if (!now || sameContent(now, last_)) return;
+        last_ = now;
+        if (now->text)
+            store_.record(base::text::nfc(*now->text), pasteboardTypeIdentifiers(now->types));
+    }
+
+private:
+    std::optional<Seen> read() {
+        auto types = source_.types();
         if (!types) return std::nullopt;
         const std::vector<std::string> identifiers = pasteboardTypeIdentifiers(*types);
         const bool concealed = std::any_of(identifiers.begin(), identifiers.end(),
                                            personal::ClipboardHistoryStore::isConcealedType);
         Seen seen{std::move(*types), std::nullopt};
-        if (!concealed && hasText(seen.types)) seen.text = source.text();
+        if (!concealed && hasText(seen.types)) seen.text = source_.text();
         return seen;
-    };
-    std::optional<Seen> last = read();
+    }
+
+    ClipboardSource& source_;
+    personal::ClipboardHistoryStore& store_;
+    std::optional<Seen> last_;
+};
+
+}  // namespace
+
+void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& store,
+                    const std::atomic<bool>& stop,
+                    const std::function<void(std::chrono::milliseconds)>& sleep) {
+    ChangeRecorder recorder(source, store);
     while (!stop) {
         sleep(std::chrono::milliseconds(500));
         if (stop) break;
-        std::optional<Seen> now = read();
-        if (!now || sameContent(now, last)) continue;
-        last = now;
-        if (!now->text) continue;
-        store.record(base::text::nfc(*now->text), pasteboardTypeIdentifiers(now->types));
+        recorder.check();
     }
+}
+
+ClipboardWatchMode clipboardWatchMode() {
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    if (wayland && *wayland && onPath("wl-paste")) return ClipboardWatchMode::waylandNotices;
+    return liveClipboardSource() ? ClipboardWatchMode::polling : ClipboardWatchMode::none;
+}
+
+bool watchWaylandClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& store,
+                           const std::atomic<bool>& stop) {
+    // The notice is a line from a child of wl-paste; the child drains the selection that
+    // wl-paste pipes to it, so that the copying program never writes into a closed pipe. The
+    // text itself is read as at a poll, types first.
+    const char* argv[] = {"wl-paste", "--watch", "sh", "-c", "cat >/dev/null; echo", nullptr};
+    GPid child = 0;
+    gint notices = -1;
+    if (!g_spawn_async_with_pipes(
+            nullptr, const_cast<gchar**>(argv), nullptr,
+            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
+                                     G_SPAWN_STDERR_TO_DEV_NULL),
+            nullptr, nullptr, &child, nullptr, &notices, nullptr, nullptr))
+        return false;
+    // wl-paste also reports the selection it finds at its start, which the recorder's first
+    // reading already holds: no change.
+    ChangeRecorder recorder(source, store);
+    bool ended = false;
+    char buffer[256];
+    while (!stop && !ended) {
+        pollfd ready{notices, POLLIN, 0};
+        if (::poll(&ready, 1, 200) <= 0) continue;
+        const ssize_t got = ::read(notices, buffer, sizeof buffer);
+        if (got <= 0) {
+            ended = got == 0 || errno != EINTR;
+            continue;
+        }
+        // Several notices read at once are one look at the clipboard as it is now.
+        if (std::find(buffer, buffer + got, '\n') != buffer + got) recorder.check();
+    }
+    ::kill(child, SIGTERM);
+    ::waitpid(child, nullptr, 0);
+    g_spawn_close_pid(child);
+    ::close(notices);
+    return !ended;
 }
 
 int runClipboardWatcher(const std::filesystem::path& stateHome,
@@ -166,6 +234,9 @@ int runClipboardWatcher(const std::filesystem::path& stateHome,
         sigwait(&signals, &signal);
         stop = true;
     });
+    if (clipboardWatchMode() == ClipboardWatchMode::waylandNotices &&
+        !watchWaylandClipboard(*source, *store, stop) && !stop)
+        diagnostics.event("watch-clipboard: wl-paste --watch is not available here; polling");
     watchClipboard(*source, *store, stop,
                    [](std::chrono::milliseconds wait) { std::this_thread::sleep_for(wait); });
     waiter.join();

@@ -45,6 +45,18 @@ void watchClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& st
                     const std::atomic<bool>& stop,
                     const std::function<void(std::chrono::milliseconds)>& sleep);
 
+// How changes are noticed: wl-paste's own notices on Wayland (where wl-paste is installed),
+// polls of a helper on X11, or not at all when neither session or tool is there.
+enum class ClipboardWatchMode { waylandNotices, polling, none };
+ClipboardWatchMode clipboardWatchMode();
+
+// Runs `wl-paste --watch` and records the clipboard each time it reports a new selection,
+// until `stop` is set (seen within 200 ms); what is on the clipboard at the start is not
+// recorded. False when wl-paste could not start or ended on its own (a compositor without the
+// data-control protocol), so that the caller can poll instead.
+bool watchWaylandClipboard(ClipboardSource& source, personal::ClipboardHistoryStore& store,
+                           const std::atomic<bool>& stop);
+
 // `nuvrel watch-clipboard`: runs until SIGINT or SIGTERM; 1 when no clipboard can be read.
 int runClipboardWatcher(const std::filesystem::path& stateHome,
                         const base::Diagnostics& diagnostics);
