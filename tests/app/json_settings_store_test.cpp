@@ -1,7 +1,6 @@
 #include "app/json_settings_store.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <limits>
@@ -111,21 +110,6 @@ TEST_F(JsonSettingsStoreFile, ValuesRoundTripThroughTheFileWithTheirTypes) {
     EXPECT_EQ(reloaded.number("modelUpdateLastCheck"), 1718000000.25);
     EXPECT_EQ(reloaded.string("searxngEndpoint"), "https://例え.jp/検索");
     EXPECT_FALSE(reloaded.contains("gone"));
-
-    // A value set again as it is leaves the file alone (each start does so); another type
-    // is a change.
-    const auto inode = [&] {
-        struct stat info {};
-        ::stat(file.c_str(), &info);
-        return info.st_ino;
-    };
-    const auto written = inode();
-    reloaded.set("onDevice", true);
-    reloaded.set("hotkeyModifiers", std::int64_t{2048});
-    EXPECT_EQ(inode(), written);
-    reloaded.set("onDevice", std::string("true"));
-    EXPECT_NE(inode(), written);
-    EXPECT_EQ(JsonSettingsStore(file).string("onDevice"), "true");
 }
 
 TEST_F(JsonSettingsStoreFile, AnUnwritableFileKeepsTheValueForTheSession) {

@@ -7,8 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
-#include <nlohmann/json.hpp>
-#include <set>
 
 #include "app/app_test_support.h"
 #include "app/launch.h"
@@ -33,43 +31,12 @@ struct Steps {
         std::lock_guard lock(mutex);
         seen.push_back(std::move(step));
     }
-    // The steps so far, and forgets them.
     std::vector<std::string> take() {
         std::lock_guard lock(mutex);
         return std::exchange(seen, {});
     }
     std::mutex mutex;
     std::vector<std::string> seen;
-};
-
-// Notes the reads of the keys whose timing launch decides; the rest only pass through.
-class RecordingSettings final : public SettingsStoring {
-public:
-    explicit RecordingSettings(Steps& steps) : steps_(steps) {}
-    std::optional<std::string> string(std::string_view key) const override {
-        static const std::set<std::string_view> watched = {settingsKey::searxngEndpoint,
-                                                           settingsKey::networkFeaturesEnabled};
-        if (watched.count(key)) steps_.note("setting " + std::string(key));
-        return values_.string(key);
-    }
-    std::optional<std::int64_t> integer(std::string_view key) const override {
-        return values_.integer(key);
-    }
-    std::optional<double> number(std::string_view key) const override {
-        return values_.number(key);
-    }
-    std::optional<bool> boolean(std::string_view key) const override {
-        return values_.boolean(key);
-    }
-    bool contains(std::string_view key) const override { return values_.contains(key); }
-    void set(std::string_view key, SettingValue value) override {
-        values_.set(key, std::move(value));
-    }
-    void remove(std::string_view key) override { values_.remove(key); }
-
-private:
-    Steps& steps_;
-    test::InMemorySettingsStore values_;
 };
 
 class RecordingKeychain final : public KeychainStoring {
@@ -98,6 +65,10 @@ protected:
                       });
               },
               "127.0.0.2") {
+        defaults->onRead = [this](std::string_view key) {
+            if (key == settingsKey::searxngEndpoint || key == settingsKey::networkFeaturesEnabled)
+                steps.note("setting " + std::string(key));
+        };
         defaults->set(settingsKey::searxngEndpoint, "http://127.0.0.2:1/searx");
         fs::create_directories(paths.dataHome / "nuvrel" / "contacts");
         std::ofstream(paths.dataHome / "nuvrel" / "contacts" / "sam.vcf")
@@ -129,15 +100,13 @@ protected:
     base::XdgPaths paths = base::XdgPaths::fromEnvironment();
     Steps steps;
     nuvrel::test::LoopbackServer providers;
-    std::shared_ptr<RecordingSettings> defaults = std::make_shared<RecordingSettings>(steps);
+    std::shared_ptr<test::InMemorySettingsStore> defaults =
+        std::make_shared<test::InMemorySettingsStore>();
     static constexpr const char* unknown =
         R"({"intent":"system.unknown","confidence":0.9,"slots":{}})";
     // Set before the first sentence that reaches the model.
     std::shared_ptr<testing::ScriptedBackend> router = std::make_shared<testing::ScriptedBackend>(
         std::vector<testing::ScriptedBackend::Step>(2, testing::reply(unknown)));
-    std::shared_ptr<testing::ScriptedBackend> summarizer =
-        std::make_shared<testing::ScriptedBackend>(std::vector<testing::ScriptedBackend::Step>(
-            12, testing::reply("Bibimbap is mixed rice.")));
     std::shared_ptr<LazyLLMRuntime> runtime = std::make_shared<LazyLLMRuntime>([this] {
         steps.note("model resolved");
         LLMRuntime made;
@@ -146,7 +115,8 @@ protected:
             llm::LlamaServerMode::chat, 2048,
             platform::liveLlamaServerEnvironment(base::Diagnostics()));
         made.routingBackend = router;
-        made.summaryBackend = summarizer;
+        made.summaryBackend = std::make_shared<testing::ScriptedBackend>(
+            std::vector<testing::ScriptedBackend::Step>(4, testing::reply("Mixed rice.")));
         return made;
     });
     AppState::MakePipeline makePipeline;
