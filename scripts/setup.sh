@@ -19,7 +19,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev curl
   libxcb1-dev libxcb-randr0-dev libxcb-ewmh-dev xvfb openbox x11-utils imagemagick
   xclip mpv mpv-mpris
-  libsecret-1-dev gnome-keyring help2man libtracker-sparql-3.0-dev
+  libsecret-1-dev gnome-keyring help2man libtracker-sparql-3.0-dev libedit-dev
   clang-14 libclang-rt-14-dev
   qt6-base-dev qt6-qpa-plugins libxcb-keysyms1-dev fonts-noto-cjk fonts-noto-color-emoji xdotool
 )

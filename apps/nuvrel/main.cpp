@@ -19,15 +19,18 @@
 #include "app/lazy_llm_runtime.h"
 #include "app/models_command.h"
 #include "app/netlog_command.h"
+#include "app/query_history.h"
 #include "app/settings_catalog.h"
 #include "app/settings_keys.h"
 #include "app/shell_commands.h"
 #include "app/terminal_session.h"
 #include "base/http.h"
 #include "base/paths.h"
+#include "core/localized_strings.h"
 #include "llm/model_resolution.h"
 #include "platform/linux/clipboard_watcher.h"
 #include "platform/linux/detached_timer_center.h"
+#include "platform/linux/edit_line_reader.h"
 #include "platform/linux/geoclue_location_provider.h"
 #include "platform/linux/secret_service_keychain.h"
 
@@ -48,8 +51,10 @@ std::optional<std::string> environmentValue(const char* name) {
 // joined before the queue and the session it uses go away; SIGUSR1 tells it to end.
 class SignalWatcher {
 public:
-    SignalWatcher(const sigset_t& signals, base::MainQueue& queue, app::TerminalSession& session)
-        : thread_([signals, &queue, &session] { watch(signals, queue, session); }) {}
+    SignalWatcher(const sigset_t& signals, base::MainQueue& queue, app::TerminalSession& session,
+                  platform::EditLineReader* editor)
+        : thread_([signals, &queue, &session, editor] { watch(signals, queue, session, editor); }) {
+    }
     ~SignalWatcher() {
         pthread_kill(thread_.native_handle(), SIGUSR1);
         thread_.join();
@@ -58,13 +63,18 @@ public:
     SignalWatcher& operator=(const SignalWatcher&) = delete;
 
 private:
-    static void watch(sigset_t signals, base::MainQueue& queue, app::TerminalSession& session) {
+    static void watch(sigset_t signals, base::MainQueue& queue, app::TerminalSession& session,
+                      platform::EditLineReader* editor) {
         while (true) {
             int signal = 0;
             if (sigwait(&signals, &signal) != 0 || signal == SIGUSR1) return;
             // A blocking read of standard input cannot be woken otherwise: closing it ends
-            // the read, and with it the interactive loop.
-            if (session.isReadingInput()) ::close(STDIN_FILENO);
+            // the read, and with it the interactive loop. The line editor has a wake-up of its
+            // own, and needs the terminal open to put it back as it was.
+            if (editor && editor->isReading())
+                editor->interrupt();
+            else if (session.isReadingInput())
+                ::close(STDIN_FILENO);
             if (signal == SIGTERM) {
                 queue.post([&session] { session.terminate(); });
             } else {
@@ -176,13 +186,36 @@ int main(int argc, char** argv) {
         return !app::modelFileInUse(app::JsonSettingsStore(paths.settingsFile()),
                                     paths.modelsDirectory());
     };
-    const SignalWatcher watcher(signals, queue, session);
-
     const bool terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
+    // Line editing and a history kept across runs, only for a person at a terminal.
+    std::optional<app::QueryHistory> history;
+    std::unique_ptr<platform::EditLineReader> editor;
+    if (terminal && command.verb == app::CommandLine::Verb::interactive) {
+        history.emplace(app::QueryHistory::fileIn(paths.stateHome), diagnostics);
+        try {
+            editor = std::make_unique<platform::EditLineReader>(
+                std::string(core::LocalizedStrings::strings(state->lang()).placeholder) + "> ",
+                history->entries());
+        } catch (const std::exception& error) {
+            diagnostics.event(std::string("line editing unavailable: ") + error.what());
+        }
+    }
+    const SignalWatcher watcher(signals, queue, session, editor.get());
+
     session.setConfirmationPolicy({command.options.yes, terminal ? &std::cin : nullptr});
-    const int status = command.verb == app::CommandLine::Verb::ask
-                           ? session.ask(command.options.sentence)
-                           : session.interactive(std::cin, terminal);
+    int status = app::exitResult;
+    if (command.verb == app::CommandLine::Verb::ask) {
+        status = session.ask(command.options.sentence);
+    } else if (editor) {
+        status = session.interactive([&]() -> std::optional<std::string> {
+            auto line = editor->readLine();
+            if (line) history->add(*line);
+            return line;
+        });
+        std::cout << '\n';
+    } else {
+        status = session.interactive(std::cin, terminal);
+    }
     // The runs end first (their tasks may still be talking to the server), then the servers:
     // no child outlives the program.
     state->cancelActiveRun();

@@ -238,6 +238,8 @@ Examples:
 Exit status: 0 for a result, 1 for an error, 2 for bad usage, 3 when something that
 needs confirmation was not carried out, 130 when cancelled.
 Ctrl-C cancels the running sentence; a second Ctrl-C quits.
+On a terminal the line-by-line mode edits lines (arrow keys, Ctrl-R searches earlier
+sentences) and keeps its history in $XDG_STATE_HOME/nuvrel/history, for you alone.
 
 Confirmation: a deletion or a message is shown first. On a terminal nuvrel asks
 "[y/N]" for each item; only "y" or "yes" (or 예, 네, 是, 好, はい) carries it out.

@@ -84,9 +84,12 @@ void JsonSettingsStore::set(std::string_view key, SettingValue value) {
     std::uint64_t version = 0;
     {
         std::lock_guard lock(mutex_);
-        auto& slot = values_[std::string(key)];
-        std::visit([&slot](auto&& held) { slot = std::forward<decltype(held)>(held); },
+        nlohmann::json held;
+        std::visit([&held](auto&& kept) { held = std::forward<decltype(kept)>(kept); },
                    std::move(value));
+        // Every start sets some keys again to what they hold: no write, no fsync for those.
+        if (const auto found = values_.find(key); found != values_.end() && *found == held) return;
+        values_[std::string(key)] = std::move(held);
         // Ill-formed UTF-8 from a caller must not make the whole file unwritable.
         bytes = values_.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
         version = ++version_;

@@ -5,8 +5,10 @@
 #include <string_view>
 
 #include "answers/web_search_capability.h"
+#include "app/bus_services_on_first_use.h"
 #include "app/information_wiring.h"
 #include "app/lazy_llm_runtime.h"
+#include "app/lazy_window_system.h"
 #include "app/model_backends.h"
 #include "app/settings_keys.h"
 #include "base/paths.h"
@@ -105,7 +107,7 @@ WebRetrieval makeWebRetrieval(const LaunchSettings& settings,
 // parsed-file cache and the bus connection serve every run.
 struct PersonalData {
     std::shared_ptr<platform::IcsFolderCache> cache;
-    std::shared_ptr<platform::SessionBus> bus;
+    std::shared_ptr<SessionBusOnFirstUse> bus;
     base::XdgPaths paths;
     std::filesystem::path helperProgram;
     std::shared_ptr<personal::ClipboardHistoryStore> clipboardHistory;
@@ -121,7 +123,7 @@ struct PersonalData {
             defaults.string(settingsKey::contactsFolder).value_or("");
         return {
             std::make_shared<platform::IcsFolderCache>(personal::GregorianCalendar(), diagnostics),
-            platform::SessionBus::connect(),
+            std::make_shared<SessionBusOnFirstUse>(platform::SessionBus::connect),
             paths,
             self,
             platform::liveClipboardHistoryStore(paths.stateHome),
@@ -155,9 +157,13 @@ void addPersonalData(pipeline::Pipeline& pipeline, const PersonalData& data,
         pipeline.diagnostics};
     pipeline.clipboardHistoryStore = data.clipboardHistory;
     pipeline.timerCapability = personal::TimerCapability{
-        pipeline.language, std::make_shared<platform::DetachedTimerCenter>(
-                               pipeline.language, data.bus,
-                               data.paths.stateHome / "nuvrel" / "timers", data.helperProgram)};
+        pipeline.language,
+        std::make_shared<LazyNotificationCenter>(
+            [language = pipeline.language, bus = data.bus,
+             folder = data.paths.stateHome / "nuvrel" / "timers", helper = data.helperProgram] {
+                return std::make_shared<platform::DetachedTimerCenter>(language, bus->get(), folder,
+                                                                       helper);
+            })};
 }
 
 // Files and applications of this machine, made once per process: the files shown for deletion
@@ -209,7 +215,9 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
                 makeInformationServices(*settings.userDefaults, session, log, settings.diagnostics),
             web = makeWebRetrieval(settings, session, log),
             personalData = PersonalData::make(settings.diagnostics, *settings.userDefaults),
-            windows = std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect()),
+            windows = std::make_shared<WindowSystemOnFirstUse>([] {
+                return std::shared_ptr<desktop::WindowSystem>(platform::X11WindowSystem::connect());
+            }),
             desktopData = DesktopData::make(settings.diagnostics)](core::AppLanguage language) {
         auto pipeline = std::make_shared<pipeline::Pipeline>();
         auto routing =
@@ -240,11 +248,15 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
             language, pipeline->calendarStore, pipeline->clock);
         auto messages = std::make_shared<personal::MessageSendCapability>(
             language, personalData.contacts,
-            std::make_shared<platform::DesktopMessenger>(personalData.bus,
-                                                         platform::DesktopMessenger::liveOpenURI),
+            std::make_shared<LazyMessageSending>([bus = personalData.bus] {
+                return std::make_shared<platform::DesktopMessenger>(
+                    bus->get(), platform::DesktopMessenger::liveOpenURI);
+            }),
             diagnostics);
         auto music = std::make_shared<personal::MusicPlayCapability>(
-            language, std::make_shared<platform::MprisPlayer>(personalData.bus),
+            language, std::make_shared<LazyMediaPlayer>([bus = personalData.bus] {
+                return std::make_shared<platform::MprisPlayer>(bus->get());
+            }),
             [](std::chrono::milliseconds wait) { base::liveSleep(wait); }, diagnostics);
         pipeline->registry = core::CapabilityRegistry(
             {webSearch, calendarQuery, messages, music, finderSearchOf(*pipeline)});
@@ -258,7 +270,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         systemCommands.language = language;
         systemCommands.sessionBus = personalData.bus;
         pipeline->systemCommands = platform::liveSystemCommandOperations(systemCommands);
-        pipeline->windowSystem = windows;
+        pipeline->windowSystem = std::make_shared<LazyWindowSystem>(windows, language);
         // Only an explicit "0" turns the network features off.
         pipeline->networkFeaturesEnabled =
             !forbidden &&

@@ -188,20 +188,28 @@ int TerminalSession::printSettled() {
 
 int TerminalSession::interactive(std::istream& in, bool prompt) {
     const auto& strings = core::LocalizedStrings::strings(state_->lang());
-    int status = exitResult;
-    std::string line;
-    while (!quitRequested_) {
+    const int status = interactive([&]() -> std::optional<std::string> {
         if (prompt) out_ << strings.placeholder << "> " << std::flush;
+        std::string line;
+        if (!std::getline(in, line)) return std::nullopt;
+        return line;
+    });
+    if (prompt) out_ << '\n';
+    return status;
+}
+
+int TerminalSession::interactive(const LineSource& nextLine) {
+    int status = exitResult;
+    while (!quitRequested_) {
         readingInput_ = true;
-        const bool read = static_cast<bool>(std::getline(in, line));
+        auto read = nextLine();
         readingInput_ = false;
         if (!read) break;
-        line = base::text::nfc(base::text::trim(line));
+        const std::string line = base::text::nfc(base::text::trim(*read));
         if (line.empty()) continue;
         status = ask(line);
         out_ << std::flush;
     }
-    if (prompt) out_ << '\n';
     return status;
 }
 

@@ -43,6 +43,10 @@ public:
     void setConfirmationPolicy(ConfirmationPolicy policy) { confirmation_ = policy; }
     // Answers each line of `in` until its end or a quit; prompts when `prompt` is set.
     int interactive(std::istream& in, bool prompt);
+    // The same over lines from a reader of its own (a line editor that prompts itself);
+    // nothing from it is the end of input.
+    using LineSource = std::function<std::optional<std::string>()>;
+    int interactive(const LineSource& nextLine);
 
     // Ctrl-C, delivered on the main thread: cancels a running sentence; with none running,
     // or at the second press, quits.

@@ -3,6 +3,7 @@
 // a script and can hold a query until the test releases it, and a recorder of every phase
 // that AppState publishes.
 
+#include <functional>
 #include <latch>
 #include <map>
 #include <memory>
@@ -21,8 +22,11 @@ namespace nuvrel::app::test {
 class InMemorySettingsStore final : public SettingsStoring {
 public:
     std::optional<std::string> string(std::string_view key) const override {
+        if (onRead) onRead(key);
         return get<std::string>(key);
     }
+    // Told of each text read, for tests of when a setting is looked at.
+    std::function<void(std::string_view key)> onRead;
     std::optional<std::int64_t> integer(std::string_view key) const override {
         return get<std::int64_t>(key);
     }

@@ -1,4 +1,4 @@
-// The verbs around the engine: settings, the lazy model runtime, diagnostics, and what a
+// The verbs around the engine: settings, diagnostics, and what a
 // calculator sentence and `explain` leave behind when run as the real program.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -11,12 +11,9 @@
 #include "app/app_test_support.h"
 #include "app/command_line.h"
 #include "app/diagnostics_report.h"
-#include "app/lazy_llm_runtime.h"
 #include "app/settings_command.h"
 #include "app/settings_keys.h"
-#include "pipeline/pipeline.h"
 #include "support/helper_process.h"
-#include "support/scripted_backend.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -75,32 +72,6 @@ TEST(SettingsCommand, SetChecksTheValueAndARefusalKeepsTheStoredOne) {
     EXPECT_NE(out.str().find("hotkeyKeyCode               \"36\"   (default: \"49\")"),
               std::string::npos);
     EXPECT_NE(out.str().find("searxngEndpoint             -   (default: \"\")"), std::string::npos);
-}
-
-TEST(LazyLLMRuntime, IsMadeOnlyWhenASentenceReachesTheModel) {
-    int made = 0;
-    auto backend =
-        std::make_shared<testing::ScriptedBackend>(std::vector<testing::ScriptedBackend::Step>(
-            4, testing::reply(R"({"intent":"unknown","confidence":0.9,"slots":{}})")));
-    auto runtime = std::make_shared<LazyLLMRuntime>([&] {
-        ++made;
-        LLMRuntime runtime;
-        runtime.routingBackend = backend;
-        return runtime;
-    });
-    pipeline::Pipeline pipeline;
-    pipeline.router.backend =
-        std::make_shared<LazyRuntimeBackend>(runtime, LazyRuntimeBackend::Role::routing);
-    pipeline.liveFastPathsEnabled = false;
-    pipeline.networkFeaturesEnabled = false;
-
-    pipeline.run("2+2");
-    EXPECT_EQ(made, 0);
-    EXPECT_FALSE(runtime->isMade());
-    pipeline.run("아 오늘 진짜 피곤하다");
-    pipeline.run("아 오늘 진짜 피곤하다");
-    EXPECT_EQ(made, 1);
-    EXPECT_FALSE(backend->calls.empty());
 }
 
 // Becomes any probe, one that fails.

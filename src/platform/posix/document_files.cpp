@@ -1,8 +1,6 @@
 #include "platform/posix/document_files.h"
 
-#include <poppler/cpp/poppler-document.h>
-#include <poppler/cpp/poppler-global.h>
-#include <poppler/cpp/poppler-page.h>
+#include <dlfcn.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -11,6 +9,7 @@
 #include <sstream>
 
 #include "base/text.h"
+#include "platform/posix/pdf_text_module.h"
 
 namespace nuvrel::platform {
 namespace fs = std::filesystem;
@@ -55,28 +54,44 @@ std::optional<fs::path> explicitPath(std::string_view name) {
     return fs::absolute(text, error);
 }
 
-void silencePoppler() {
-    static const bool silenced = [] {
-        poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
-        return true;
-    }();
-    (void)silenced;
+// Installed beside the program (<prefix>/lib/nuvrel), else where the build put it.
+void* openPdfTextModule() {
+    std::vector<fs::path> candidates;
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    if (!error)
+        candidates.push_back(self.parent_path().parent_path() / "lib" / "nuvrel" /
+                             pdfTextModuleName);
+#ifdef NUVREL_MODULE_DIR
+    candidates.push_back(fs::path(NUVREL_MODULE_DIR) / pdfTextModuleName);
+#endif
+    for (const fs::path& candidate : candidates) {
+        if (void* module = ::dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
+    }
+    return nullptr;
 }
 
 std::optional<std::string> pdfText(const std::string& path) {
-    silencePoppler();
-    std::unique_ptr<poppler::document> document(poppler::document::load_from_file(path));
-    if (!document || document->is_locked()) return std::nullopt;
-    std::string text;
-    const int pages = std::min(document->pages(), documentMaxPages);
-    for (int index = 0; index < pages; ++index) {
-        std::unique_ptr<poppler::page> page(document->create_page(index));
-        if (!page) continue;
-        const poppler::byte_array utf8 =
-            page->text(poppler::rectf(), poppler::page::non_raw_non_physical_layout).to_utf8();
-        if (!text.empty() && !utf8.empty()) text += '\n';
-        text.append(utf8.begin(), utf8.end());
-    }
+    using TextFn = char* (*)(const char*, int);
+    using FreeFn = void (*)(char*);
+    struct Module {
+        TextFn text = nullptr;
+        FreeFn release = nullptr;
+    };
+    // Opened once and kept for the life of the process.
+    static const Module module = [] {
+        Module found;
+        if (void* handle = openPdfTextModule()) {
+            found.text = reinterpret_cast<TextFn>(::dlsym(handle, "nuvrel_pdf_text"));
+            found.release = reinterpret_cast<FreeFn>(::dlsym(handle, "nuvrel_pdf_text_free"));
+        }
+        return found;
+    }();
+    if (!module.text || !module.release) return std::nullopt;
+    char* extracted = module.text(path.c_str(), documentMaxPages);
+    if (!extracted) return std::nullopt;
+    std::string text(extracted);
+    module.release(extracted);
     if (base::text::trimView(text).empty()) return std::nullopt;
     return text;
 }

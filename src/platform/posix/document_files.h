@@ -1,7 +1,7 @@
 #pragma once
 // The live forms behind document summary: finding the file that the user named and reading
-// its text. PDF text comes from poppler in reading order (columns one after the other); any
-// other file is read as UTF-8 text.
+// its text. PDF text comes from poppler in reading order (columns one after the other),
+// through a module loaded on the first PDF; any other file is read as UTF-8 text.
 //
 // Threading: both block on the caller's task and touch only the file system; safe from any
 // thread.
@@ -40,8 +40,8 @@ inline constexpr std::uintmax_t documentMaxBytes = 64u << 20;
 inline constexpr int documentMaxPages = 500;
 
 // The text of a PDF (by its lower-cased extension) or a UTF-8 text file. Nothing for a file
-// that will not open, an encrypted or image-only PDF, a file too large, or text that is not
-// UTF-8.
+// that will not open, an encrypted or image-only PDF, a file too large, text that is not
+// UTF-8, or a PDF when the PDF module is not installed.
 std::optional<std::string> liveExtractText(const std::string& path);
 
 }  // namespace nuvrel::platform
