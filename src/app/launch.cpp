@@ -181,7 +181,7 @@ struct DesktopData {
 };
 
 void addDesktop(pipeline::Pipeline& pipeline, const DesktopData& data,
-                const std::shared_ptr<platform::SessionBus>& bus) {
+                const platform::SessionBusSource& bus) {
     pipeline.fileServices = data.files;
     // File search asks the desktop's index on the one session bus before it walks.
     pipeline.fileServices.runMetadataQuery =
@@ -243,7 +243,8 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         webSearch->diagnostics = diagnostics;
         webSearch->embeddingBackend = std::make_shared<LazyEmbeddingProvider>(runtime);
         addPersonalData(*pipeline, personalData, *defaults);
-        addDesktop(*pipeline, desktopData, personalData.bus);
+        const platform::SessionBusSource bus = [lazy = personalData.bus] { return lazy->get(); };
+        addDesktop(*pipeline, desktopData, bus);
         auto calendarQuery = std::make_shared<personal::CalendarQueryCapability>(
             language, pipeline->calendarStore, pipeline->clock);
         auto messages = std::make_shared<personal::MessageSendCapability>(
@@ -268,7 +269,7 @@ AppState::MakePipeline makePipelineFactory(const LaunchSettings& settings) {
         pipeline->extractDocumentText = platform::liveExtractText;
         platform::LiveSystemCommandSettings systemCommands;
         systemCommands.language = language;
-        systemCommands.sessionBus = personalData.bus;
+        systemCommands.sessionBus = bus;
         pipeline->systemCommands = platform::liveSystemCommandOperations(systemCommands);
         pipeline->windowSystem = std::make_shared<LazyWindowSystem>(windows, language);
         // Only an explicit "0" turns the network features off.

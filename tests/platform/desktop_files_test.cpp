@@ -114,7 +114,7 @@ TEST(FileIndexSearch, AnAbsentOrSilentIndexLeavesTheSearchToTheWalk) {
     std::multiset<std::string> walkedNames;
     for (const auto& item : walked) walkedNames.insert(*item.fsName);
     EXPECT_EQ(walkedNames, (std::multiset<std::string>{"invoice-march.pdf", "invoice.pdf"}));
-    const auto search = liveFileServices(h, session).runMetadataQuery;
+    const auto search = liveFileServices(h, [session] { return session; }).runMetadataQuery;
 
     EXPECT_FALSE(trackerMetadataQuery(session->connection(), predicate, scope, 1));
     EXPECT_EQ(search(predicate, scope, 3, core::AppLanguage::en), walked);

@@ -95,8 +95,9 @@ TEST(X11Desktop, LayoutsPlaceTheActiveWindowsFrameAndCapturesAreScreenSizedPngs)
     test::PrivateBus bus;
     LiveSystemCommandSettings settings;
     settings.screenshotFolder = folder;
-    settings.sessionBus = SessionBus::connect();
-    ASSERT_TRUE(settings.sessionBus);
+    const auto sessionBus = SessionBus::connect();
+    ASSERT_TRUE(sessionBus);
+    settings.sessionBus = [sessionBus] { return sessionBus; };
     const std::string shot = liveSystemCommandOperations(settings).takeScreenshot();
     EXPECT_EQ(commandOutput("identify -format '%m %wx%h' '" + shot + "'"), "PNG 1280x800");
     std::filesystem::remove_all(folder);

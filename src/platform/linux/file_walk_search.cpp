@@ -226,7 +226,7 @@ std::vector<desktop::MetadataItem> liveWalkMetadataQuery(
     return std::move(walk.items);
 }
 
-desktop::FileServices liveFileServices(const fs::path& home, std::shared_ptr<SessionBus> bus) {
+desktop::FileServices liveFileServices(const fs::path& home, SessionBusSource bus) {
     std::error_code error;
     fs::path resolvedHome = fs::weakly_canonical(home, error);
     if (error) resolvedHome = home;
@@ -238,9 +238,9 @@ desktop::FileServices liveFileServices(const fs::path& home, std::shared_ptr<Ses
         // The index gets a short part of the budget: a slow or absent one leaves the walk most.
         const double indexBudget = std::min(timeout / 3, 1.0);
         const auto start = Clock::now();
-        if (bus) {
+        if (const auto connected = bus ? bus() : nullptr) {
             if (auto items =
-                    trackerMetadataQuery(bus->connection(), predicate, scopes, indexBudget))
+                    trackerMetadataQuery(connected->connection(), predicate, scopes, indexBudget))
                 return std::move(*items);
         }
         const double spent = std::chrono::duration<double>(Clock::now() - start).count();

@@ -32,10 +32,10 @@ std::vector<desktop::MetadataItem> liveWalkMetadataQuery(
 // Whether the walk leaves out a folder of this name (hidden, caches, noise folders).
 bool walkSkipsFolder(std::string_view name);
 
-// desktop::FileServices on this machine: the desktop's index on `bus` when its miner runs and
+// desktop::FileServices on this machine: the desktop's index on the bus when its miner runs and
 // answers within a third of the budget (at most 1 s), else the walk with what budget is left;
 // listing, lstat identity, the Trash.
 desktop::FileServices liveFileServices(const std::filesystem::path& home,
-                                       std::shared_ptr<SessionBus> bus = nullptr);
+                                       SessionBusSource bus = nullptr);
 
 }  // namespace nuvrel::platform

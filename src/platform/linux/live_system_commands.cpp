@@ -123,9 +123,8 @@ public:
         const std::string path =
             (folder / desktop::SystemCommandCapability::screenshotFileName(local)).string();
         // A portal may first ask the user to allow captures: it is given time for that.
-        if (sessionBus_ &&
-            portalScreenshot(sessionBus_->connection(), path, std::chrono::seconds(10)))
-            return path;
+        const auto bus = sessionBus_ ? sessionBus_() : nullptr;
+        if (bus && portalScreenshot(bus->connection(), path, std::chrono::seconds(10))) return path;
         const std::vector<std::vector<std::string>> tools = {
             {"gnome-screenshot", "-f", path},
             {"spectacle", "-b", "-n", "-o", path},
@@ -180,7 +179,7 @@ private:
     const core::LocalizedStrings& strings_;
     Logind logind_;
     std::filesystem::path screenshotFolder_;
-    std::shared_ptr<SessionBus> sessionBus_;
+    SessionBusSource sessionBus_;
 };
 
 }  // namespace

@@ -27,7 +27,7 @@ struct LiveSystemCommandSettings {
     std::filesystem::path screenshotFolder{};
     // The session bus of the desktop portal, asked for captures before the tools; none: the
     // tools only.
-    std::shared_ptr<SessionBus> sessionBus{};
+    SessionBusSource sessionBus{};
 };
 
 desktop::SystemCommandOperations liveSystemCommandOperations(

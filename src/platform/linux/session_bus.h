@@ -2,6 +2,7 @@
 // The user's session bus through GIO's GDBus: one connection, made once and passed down, and
 // the few calls the program makes on it. Safe to use from any thread (GDBus connections are).
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +11,10 @@
 typedef struct _GDBusConnection GDBusConnection;
 
 namespace nuvrel::platform {
+
+class SessionBus;
+// The bus as a component that may connect only when first asked; null when there is none.
+using SessionBusSource = std::function<std::shared_ptr<SessionBus>()>;
 
 class SessionBus {
 public:
