@@ -112,11 +112,8 @@ TEST(CommandLineConfirmation, TheProgramDeletesAnEventFileOnlyWithYes) {
     const auto folder = base::XdgPaths::fromEnvironment().dataHome / "nuvrel" / "calendars";
     const auto ask = [](std::vector<std::string> words) {
         words.insert(words.begin(), {NUVREL_PATH, "ask", "--lang", "en", "--no-network"});
-        nuvrel::test::HelperProcess nuvrel(words);
-        std::string output;
-        while (auto line = nuvrel.readLine(30s)) output += *line + "\n";
-        const auto status = nuvrel.waitForExit(30s);
-        return std::pair(status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1, output);
+        const auto run = nuvrel::test::runToEnd(std::move(words), 30s);
+        return std::pair(run.exitCode, run.output);
     };
     const auto files = [&] {
         std::vector<std::filesystem::path> found;

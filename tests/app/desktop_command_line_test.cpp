@@ -21,19 +21,9 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-struct Asked {
-    int status = -1;
-    std::string output;
-};
-
-Asked ask(std::vector<std::string> arguments) {
+test::Finished ask(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {NUVREL_PATH, "ask", "--no-network"});
-    test::HelperProcess process(arguments);
-    Asked asked;
-    while (auto line = process.readLine(30s)) asked.output += *line + "\n";
-    const auto status = process.waitForExit(30s);
-    if (status && WIFEXITED(*status)) asked.status = WEXITSTATUS(*status);
-    return asked;
+    return test::runToEnd(std::move(arguments), 30s);
 }
 
 std::optional<std::string> awaited(const fs::path& file) {
@@ -62,18 +52,18 @@ TEST(DesktopCommandLine, FindsDeletesToTheTrashAndOpensApplicationsAndAddresses)
     base::writeFileAtomically(h / ".config/mimeapps.list",
                               "[Default Applications]\nx-scheme-handler/https=browser.desktop\n");
 
-    const Asked found = ask({"where is my invoice-march.pdf"});
-    EXPECT_EQ(found.status, 0);
+    const auto found = ask({"where is my invoice-march.pdf"});
+    EXPECT_EQ(found.exitCode, 0);
     EXPECT_NE(found.output.find((h / "Documents/invoice-march.pdf").string()), std::string::npos)
         << found.output;
 
-    const Asked unconfirmed = ask({"delete report.pdf on the desktop"});
-    EXPECT_EQ(unconfirmed.status, 3);
+    const auto unconfirmed = ask({"delete report.pdf on the desktop"});
+    EXPECT_EQ(unconfirmed.exitCode, 3);
     EXPECT_TRUE(fs::exists(h / "Desktop/report.pdf"));
 
     const std::string today = base::formatTime(std::chrono::system_clock::now(), "%Y-%m-%d", false);
-    const Asked deleted = ask({"--yes", "delete report.pdf on the desktop"});
-    EXPECT_EQ(deleted.status, 0) << deleted.output;
+    const auto deleted = ask({"--yes", "delete report.pdf on the desktop"});
+    EXPECT_EQ(deleted.exitCode, 0) << deleted.output;
     EXPECT_FALSE(fs::exists(h / "Desktop/report.pdf"));
     EXPECT_EQ(base::readFile(h / ".local/share/Trash/files/report.pdf"), "%PDF");
     const auto info = base::readFile(h / ".local/share/Trash/info/report.pdf.trashinfo");
@@ -81,9 +71,9 @@ TEST(DesktopCommandLine, FindsDeletesToTheTrashAndOpensApplicationsAndAddresses)
     EXPECT_NE(info->find("Path=" + (h / "Desktop/report.pdf").string() + "\n"), std::string::npos);
     EXPECT_NE(info->find("DeletionDate=" + today + "T"), std::string::npos) << *info;
 
-    EXPECT_EQ(ask({"open marker tool"}).status, 0);
+    EXPECT_EQ(ask({"open marker tool"}).exitCode, 0);
     EXPECT_EQ(awaited(h / "started"), "started\n");
-    EXPECT_EQ(ask({"open example.com"}).status, 0);
+    EXPECT_EQ(ask({"open example.com"}).exitCode, 0);
     EXPECT_EQ(awaited(h / "opened"), "https://example.com\n");
 }
 
@@ -103,8 +93,8 @@ TEST(DesktopCommandLine, ARoutedFileSearchListsThePdfsByNameOrContentAndNoTextFi
     const test::EnvironmentOverride port("NUVREL_DEBUG_ROUTER_PORT",
                                          std::to_string(server.port()).c_str());
 
-    const Asked found = ask({"find invoice pdf"});
-    EXPECT_EQ(found.status, 0) << found.output;
+    const auto found = ask({"find invoice pdf"});
+    EXPECT_EQ(found.exitCode, 0) << found.output;
     EXPECT_EQ(server.sentences(), std::vector<std::string>{"find invoice pdf"});
     for (const char* pdf :
          {"Documents/invoice-march.pdf", "Downloads/Invoice 2025.PDF", "Documents/invoice-scan"})

@@ -153,10 +153,9 @@ TEST_F(LaunchedProgram, ADiagnosticReportAfterAMessageASearchAndANoteHoldsNoneOf
     ask("take a note: ask the landlord about the boiler");
     ASSERT_TRUE(fs::exists(paths.dataHome / "nuvrel" / "notes"));
 
-    nuvrel::test::HelperProcess diagnostics({NUVREL_PATH, "diagnostics"});
-    std::string report;
-    while (auto line = diagnostics.readLine(30s)) report += *line + "\n";
-    ASSERT_TRUE(diagnostics.waitForExit(30s));
+    const auto diagnostics = nuvrel::test::runToEnd({NUVREL_PATH, "diagnostics"}, 30s);
+    ASSERT_EQ(diagnostics.exitCode, 0);
+    const std::string& report = diagnostics.output;
     // The search reached the log: the report shows its host, and only that.
     EXPECT_NE(report.find("127.0.0.2 — "), std::string::npos) << report;
     for (const char* personal : {"Sam", "555", "pharmacy", "bibimbap", "Bibimbap", "gochujang",

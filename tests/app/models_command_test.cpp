@@ -25,20 +25,13 @@ namespace {
 using namespace std::chrono_literals;
 using Json = nlohmann::json;
 
-struct Run {
-    int status = -1;
-    std::string output;
-    Json json() const { return Json::parse(output, nullptr, false); }
-};
-
-Run nuvrel(std::vector<std::string> args) {
+test::Finished nuvrel(std::vector<std::string> args) {
     args.insert(args.begin(), NUVREL_PATH);
-    test::HelperProcess process(args);
-    Run run;
-    while (auto line = process.readLine(60s)) run.output += *line + "\n";
-    if (const auto status = process.waitForExit(60s); status && WIFEXITED(*status))
-        run.status = WEXITSTATUS(*status);
-    return run;
+    return test::runToEnd(std::move(args), 60s);
+}
+
+Json json(const test::Finished& run) {
+    return Json::parse(run.output, nullptr, false);
 }
 
 std::shared_ptr<const std::string> ggufBytes(std::size_t size) {
@@ -94,17 +87,17 @@ TEST(ModelsCommand, InstallFromAnAddressListAndRemove) {
 
     const auto refused = nuvrel({"models", "install", host.url(), "--sha256", digestOf("other"),
                                  "--as", "mine.gguf", "--json"});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.json()["error"]["kind"], "download") << refused.output;
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(json(refused)["error"]["kind"], "download") << refused.output;
     EXPECT_NE(refused.output.find(digestOf(*file)), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(models));
 
     const auto done = nuvrel({"models", "install", host.url(), "--sha256", digestOf(*file), "--as",
                               "mine.gguf", "--json"});
-    ASSERT_EQ(done.status, 0) << done.output;
+    ASSERT_EQ(done.exitCode, 0) << done.output;
     EXPECT_EQ(base::readFile(models / "mine.gguf"), *file);
 
-    const auto list = nuvrel({"models", "--json"}).json();
+    const auto list = json(nuvrel({"models", "--json"}));
     const auto& rows = list["models"];
     ASSERT_EQ(rows.size(), 4u);  // the catalog, then the file of the user's own
     EXPECT_EQ(rows[3]["fileName"], "mine.gguf");
@@ -112,8 +105,8 @@ TEST(ModelsCommand, InstallFromAnAddressListAndRemove) {
     EXPECT_EQ(rows[3]["inUse"], true);
     EXPECT_NE(rows[0]["recommended"], rows[1]["recommended"]);  // one router, by the memory
 
-    EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf"}).status, 1);
-    EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf", "--force"}).status, 0);
+    EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf"}).exitCode, 1);
+    EXPECT_EQ(nuvrel({"models", "remove", "mine.gguf", "--force"}).exitCode, 0);
     EXPECT_FALSE(std::filesystem::exists(models / "mine.gguf"));
 }
 
@@ -136,15 +129,15 @@ TEST(ModelsCommand, MirrorServesTheCatalogAndTheUpdateOffer) {
     writeSettings({{"modelMirror", mirror.url("")}});
 
     const auto check = nuvrel({"models", "check-updates", "--json"});
-    EXPECT_EQ(check.json()["decision"], "available") << check.output;
-    EXPECT_EQ(nuvrel({"models", "--json"}).json()["updateOffer"]["fileName"],
+    EXPECT_EQ(json(check)["decision"], "available") << check.output;
+    EXPECT_EQ(json(nuvrel({"models", "--json"}))["updateOffer"]["fileName"],
               "nuvrel-nano-router-v6-q4_k_m.gguf");
 
-    EXPECT_EQ(nuvrel({"models", "install", "nuvrel-nano-router-v6-q4_k_m.gguf"}).status, 0);
+    EXPECT_EQ(nuvrel({"models", "install", "nuvrel-nano-router-v6-q4_k_m.gguf"}).exitCode, 0);
     EXPECT_EQ(mirror.lastPath(), "/v1/nuvrel-nano-router-v6-q4_k_m.gguf");
-    EXPECT_TRUE(nuvrel({"models", "--json"}).json()["updateOffer"].is_null());
+    EXPECT_TRUE(json(nuvrel({"models", "--json"}))["updateOffer"].is_null());
 
-    EXPECT_EQ(nuvrel({"models", "install", "kestrune-nano-0.8b"}).status, 0);
+    EXPECT_EQ(nuvrel({"models", "install", "kestrune-nano-0.8b"}).exitCode, 0);
     EXPECT_EQ(mirror.lastPath(), "/v1/nuvrel-nano-router-v5-q4_k_m.gguf");
     const auto log = base::readFile(base::XdgPaths::fromEnvironment().networkActivityFile());
     ASSERT_TRUE(log);
@@ -157,7 +150,7 @@ TEST(ModelsCommand, AMissingModelCardSaysHowToInstallOne) {
     ::setenv("NUVREL_DEBUG_ROUTER_PORT", "18691", 1);
     const auto run = nuvrel({"ask", "--lang", "en", "--no-network", "아 오늘 진짜 피곤하다"});
     ::unsetenv("NUVREL_DEBUG_ROUTER_PORT");
-    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.exitCode, 1);
     const auto& strings = core::LocalizedStrings::en();
     EXPECT_NE(run.output.find(strings.llmUnavailableMessage), std::string::npos) << run.output;
     EXPECT_TRUE(run.output.ends_with(strings.modelInstallHintLine + "\n")) << run.output;
@@ -176,13 +169,13 @@ TEST(ModelsCommand, UseSwitchesOnlyToAModelThatStarts) {
     ::setenv("PATH", (test::realServerBinary().parent_path().string() + ":" + path).c_str(), 1);
     ::setenv("NUVREL_DEBUG_ROUTER_PORT", "18692", 1);
 
-    EXPECT_EQ(nuvrel({"models", "use", "broken.gguf"}).status, 1);
+    EXPECT_EQ(nuvrel({"models", "use", "broken.gguf"}).exitCode, 1);
     EXPECT_NE(base::readFile(base::XdgPaths::fromEnvironment().settingsFile())->find("tiny.gguf"),
               std::string::npos);
     std::filesystem::remove(models / "broken.gguf");
     std::filesystem::copy_file(test::tinyTestModel(), models / "other.gguf");
-    EXPECT_EQ(nuvrel({"models", "use", "other.gguf"}).status, 0);
-    const auto list = nuvrel({"models", "--json"}).json();
+    EXPECT_EQ(nuvrel({"models", "use", "other.gguf"}).exitCode, 0);
+    const auto list = json(nuvrel({"models", "--json"}));
     EXPECT_EQ(list["models"][4]["fileName"], "tiny.gguf");
     EXPECT_EQ(list["models"][3]["inUse"], true);  // other.gguf, sorted first
 

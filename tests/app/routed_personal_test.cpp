@@ -22,24 +22,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-struct Finished {
-    int status = -1;
-    std::string out;
-};
-
 // `nuvrel ask` routed by `server`; its standard error is appended to `errors`.
-Finished ask(const test::ScriptedModelServer& server, const std::filesystem::path& errors,
-             std::vector<std::string> words) {
+test::Finished ask(const test::ScriptedModelServer& server, const std::filesystem::path& errors,
+                   std::vector<std::string> words) {
     words.insert(words.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>>\"$0\"", errors.string(),
                                  NUVREL_PATH, "ask", "--lang", "en"});
     const test::EnvironmentOverride port("NUVREL_DEBUG_ROUTER_PORT",
                                          std::to_string(server.port()).c_str());
-    test::HelperProcess nuvrel(words);
-    Finished run;
-    while (auto line = nuvrel.readLine(60s)) run.out += *line + "\n";
-    const auto status = nuvrel.waitForExit(30s);
-    if (status && WIFEXITED(*status)) run.status = WEXITSTATUS(*status);
-    return run;
+    return test::runToEnd(std::move(words), 60s);
 }
 
 std::string routedTo(const char* intent, const char* slots) {
@@ -68,12 +58,12 @@ TEST(RoutedPersonal, PauseAndWhatsPlayingDriveTheRunningPlayer) {
          {"pause", routedTo("music.play", R"({"action":"pause"})")}},
         std::string(llm::interimModelFileName));
     const auto errors = home.path() / "stderr";
-    const Finished named = ask(server, errors, {"what's playing"});
-    EXPECT_EQ(named.status, exitResult) << named.out;
-    EXPECT_NE(named.out.find("Evening Tone"), std::string::npos) << named.out;
-    const Finished paused = ask(server, errors, {"pause"});
-    EXPECT_EQ(paused.status, exitResult) << paused.out;
-    EXPECT_TRUE(playing(false)) << paused.out;
+    const auto named = ask(server, errors, {"what's playing"});
+    EXPECT_EQ(named.exitCode, exitResult) << named.output;
+    EXPECT_NE(named.output.find("Evening Tone"), std::string::npos) << named.output;
+    const auto paused = ask(server, errors, {"pause"});
+    EXPECT_EQ(paused.exitCode, exitResult) << paused.output;
+    EXPECT_TRUE(playing(false)) << paused.output;
     EXPECT_EQ(server.sentences(), (std::vector<std::string>{"what's playing", "pause"}))
         << base::readFile(errors).value_or("");
 }
@@ -95,23 +85,24 @@ TEST(RoutedPersonal, AMessageIsSentOnlyConfirmedToOneContactAndNoLogHoldsPersona
         std::string(llm::interimModelFileName));
     const auto errors = home.path() / "stderr";
 
-    const Finished unconfirmed = ask(server, errors, {"text Jamie I'm running late"});
-    EXPECT_EQ(unconfirmed.status, exitNotConfirmed) << unconfirmed.out;
+    const auto unconfirmed = ask(server, errors, {"text Jamie I'm running late"});
+    EXPECT_EQ(unconfirmed.exitCode, exitNotConfirmed) << unconfirmed.output;
     EXPECT_TRUE(kdeConnect.sent().empty());
-    const Finished sent = ask(server, errors, {"--yes", "text Jamie I'm running late"});
-    EXPECT_EQ(sent.status, exitResult) << sent.out;
+    const auto sent = ask(server, errors, {"--yes", "text Jamie I'm running late"});
+    EXPECT_EQ(sent.exitCode, exitResult) << sent.output;
     EXPECT_EQ(kdeConnect.sent(),
               std::vector<std::string>{"/modules/kdeconnect/devices/phone1/sms|+1 555 0100|"
                                        "I'm running late"});
     // Two contacts answer to the name: with no terminal to choose on, nothing is sent.
-    const Finished ambiguous = ask(server, errors, {"--yes", "text 철수 on my way"});
-    EXPECT_EQ(ambiguous.status, exitNotConfirmed) << ambiguous.out;
-    EXPECT_NE(ambiguous.out.find("철수, 김철수"), std::string::npos) << ambiguous.out;
+    const auto ambiguous = ask(server, errors, {"--yes", "text 철수 on my way"});
+    EXPECT_EQ(ambiguous.exitCode, exitNotConfirmed) << ambiguous.output;
+    EXPECT_NE(ambiguous.output.find("철수, 김철수"), std::string::npos) << ambiguous.output;
     EXPECT_EQ(kdeConnect.sent().size(), 1u);
 
-    EXPECT_EQ(ask(server, errors, {"take a note: buy oat milk"}).status, exitResult);
-    const Finished clipboard = ask(server, errors, {"clipboard"});
-    EXPECT_NE(clipboard.out.find("copied passphrase 4711"), std::string::npos) << clipboard.out;
+    EXPECT_EQ(ask(server, errors, {"take a note: buy oat milk"}).exitCode, exitResult);
+    const auto clipboard = ask(server, errors, {"clipboard"});
+    EXPECT_NE(clipboard.output.find("copied passphrase 4711"), std::string::npos)
+        << clipboard.output;
 
     const std::string logs = base::readFile(errors).value_or("") +
                              base::readFile(paths.networkActivityFile()).value_or("");

@@ -165,12 +165,9 @@ TEST(ShellProgram, ACalculatorSentenceAndExplainPrintOnlyTheirAnswerAndLeaveNoth
     nuvrel::test::TemporaryHome home;
     const auto run = [](const std::string& arguments) {
         // Standard error joins standard output, so that any line of it shows.
-        nuvrel::test::HelperProcess nuvrel(
-            {"/bin/sh", "-c", "exec \"$0\" " + arguments + " 2>&1", NUVREL_PATH});
-        std::string output;
-        while (auto line = nuvrel.readLine(30s)) output += *line + "\n";
-        nuvrel.waitForExit(30s);
-        return output;
+        return nuvrel::test::runToEnd(
+                   {"/bin/sh", "-c", "exec \"$0\" " + arguments + " 2>&1", NUVREL_PATH}, 30s)
+            .output;
     };
     EXPECT_EQ(run("explain --json '15% of 80'"),
               "{\"step\":3,\"matcher\":\"CalculatorFastPath\",\"value\":{\"result\":\"15% of 80 = "

@@ -95,4 +95,13 @@ std::optional<int> waitForChild(pid_t pid, std::chrono::milliseconds limit) {
     }
 }
 
+Finished runToEnd(std::vector<std::string> argv, std::chrono::milliseconds limit) {
+    HelperProcess process(std::move(argv));
+    Finished finished;
+    while (auto line = process.readLine(limit)) finished.output += *line + "\n";
+    if (const auto status = process.waitForExit(limit); status && WIFEXITED(*status))
+        finished.exitCode = WEXITSTATUS(*status);
+    return finished;
+}
+
 }  // namespace nuvrel::test

@@ -38,6 +38,15 @@ private:
     std::optional<int> status_;
 };
 
+// What a child printed on its standard output and how it ended.
+struct Finished {
+    int exitCode = -1;  // -1 when it was killed by a signal or did not end in time
+    std::string output;
+};
+
+// Runs `argv` to its end: all it prints within `limit`, then its exit code.
+Finished runToEnd(std::vector<std::string> argv, std::chrono::milliseconds limit);
+
 // Waits for any process that is this test's child (a subreaper's adopted grandchildren
 // included) to end, and reaps it: its wait status, or nothing after `limit`.
 std::optional<int> waitForChild(pid_t pid, std::chrono::milliseconds limit);
