@@ -39,7 +39,9 @@ fi
 # NUVREL_FUZZ_NO_BUILD=1 runs what is built, while a build of the same folder is under way.
 [ -n "${NUVREL_FUZZ_NO_BUILD:-}" ] || cmake --build --preset fuzz --target "${targets[@]/%/_fuzzer}" >&2
 
-scratch=$(mktemp -d)
+# On a memory file system where there is one: the targets that write files sync each input,
+# which on a disk means waiting instead of fuzzing.
+scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 export TMPDIR=$scratch
 failed=()
