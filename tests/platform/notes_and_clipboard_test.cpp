@@ -171,8 +171,9 @@ TEST(WaylandClipboard, ChoosesWlPasteWatchAndRecordsWhatItReportsButNeverASecret
             .ends_with(std::to_string(serial) + "\n");
     };
     const auto copy = [&](const std::string& text, const std::string& types) {
-        std::ofstream(clipboard / "types") << types;
+        // The types last, as a reader that reads them first would meet a real selection.
         std::ofstream(clipboard / "text") << text;
+        std::ofstream(clipboard / "types") << types;
         std::ofstream(clipboard / "serial") << ++serial;
     };
     copy("there before", "text/plain;charset=utf-8\n");

@@ -149,7 +149,11 @@ private:
         const bool concealed = std::any_of(identifiers.begin(), identifiers.end(),
                                            personal::ClipboardHistoryStore::isConcealedType);
         Seen seen{std::move(*types), std::nullopt};
-        if (!concealed && hasText(seen.types)) seen.text = source_.text();
+        if (concealed || !hasText(seen.types)) return seen;
+        seen.text = source_.text();
+        // A copy between the two reads would pair these types with another selection's text,
+        // perhaps a password's: the text counts only if the types still stand after it.
+        if (source_.types() != seen.types) seen.text.reset();
         return seen;
     }
 
