@@ -230,6 +230,7 @@ TEST(HttpSession, FollowsRedirectsAskingThePolicyBeforeEachHop) {
         routes.Get("/final", [](const auto&, auto& res) { res.set_content("done", "text/plain"); });
         routes.Post("/form", [](const auto&, auto& res) { res.set_redirect("/landing", 303); });
         routes.Post("/moved", [](const auto&, auto& res) { res.set_redirect("/landing", 307); });
+        routes.Post("/found", [](const auto&, auto& res) { res.set_redirect("/landing", 302); });
         const auto landing = [&](const httplib::Request& req, httplib::Response& res) {
             std::lock_guard lock(mutex);
             afterHops.push_back(req.method + " " + req.body + " " +
@@ -254,7 +255,7 @@ TEST(HttpSession, FollowsRedirectsAskingThePolicyBeforeEachHop) {
     EXPECT_EQ(reply.url.text(), server.url("/final"));
     EXPECT_EQ(asked, (std::vector<std::string>{"/start -> /middle 302", "/middle -> /final 301"}));
 
-    // 303 turns a POST into a GET without its body; 307 repeats it as it was.
+    // 303 (and 302 after a POST) turns a POST into a GET without its body; 307 repeats it.
     auto form = requestTo(server.url("/form"));
     form.method = "POST";
     form.body = "a=1";
@@ -263,8 +264,10 @@ TEST(HttpSession, FollowsRedirectsAskingThePolicyBeforeEachHop) {
     auto moved = form;
     moved.url = *Url::parse(server.url("/moved"));
     EXPECT_EQ(session.send(moved).body, "landed");
-    EXPECT_EQ(afterHops,
-              (std::vector<std::string>{"GET  ", "POST a=1 application/x-www-form-urlencoded"}));
+    moved.url = *Url::parse(server.url("/found"));
+    EXPECT_EQ(session.send(moved).body, "landed");
+    EXPECT_EQ(afterHops, (std::vector<std::string>{
+                             "GET  ", "POST a=1 application/x-www-form-urlencoded", "GET  "}));
 }
 
 TEST(HttpSession, CredentialsStayWithTheirOriginAcrossRedirects) {

@@ -72,6 +72,7 @@ TEST(InformationSteps, RoutedWeatherTakesThePlaceOrHere) {
         std::optional<std::string> location;  // nothing: no outcome
     } cases[] = {
         {{{"location", "Paris"}}, "Paris"},
+        {{{"location", "Paris"}, {"content", "Atlantis please"}}, "Paris"},
         {{{"location", "Atlantis"}}, std::nullopt},
         {{{"content", "Atlantis please"}}, "Here"},
         {{}, "Here"},
