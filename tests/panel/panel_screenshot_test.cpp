@@ -203,31 +203,29 @@ TEST_F(PanelScreenshotTest, KoreanAndJapaneseCards) {
     const std::string longName =
         "令和七年度第三四半期営業成績報告書と来期の販売計画および地域別顧客動向の詳細資料（改訂第二"
         "版・最終確認用）.pdf";
-    auto& o = showcase->outcomes;
-    o.emplace("15% 곱하기 80", PipelineOutcome::result(Result::Calculation{"80의 15% = 12"}));
-    o.emplace("서울 날씨 알려줘",
-              PipelineOutcome::result(Result::WebAnswer{
-                  {.summary = "서울은 대한민국의 수도이며 한강을 끼고 있는 도시입니다.",
-                   .sources = {{"서울특별시 - 위키백과", "ko.wikipedia.org",
-                                "https://ko.wikipedia.org/wiki/서울특별시"}}}}));
-    o.emplace("보고서 찾아줘", PipelineOutcome::result(Result::Files{
-                                   {report, {"회의록.txt", "/home/me/회의록.txt", "오늘"}}}));
-    o.emplace("웹 검색", PipelineOutcome::error(core::UserFacingError("웹에 연결할 수 없습니다",
-                                                                      "연결을 확인하세요.", true)));
-    o.emplace("엄마한테 문자", PipelineOutcome::confirm(core::MessageDraft{
-                                   .recipientQuery = "엄마", .body = "지금 가는 중"}));
-    o.emplace("報告書を探して",
-              PipelineOutcome::result(Result::Files{
-                  {{longName, "/home/me/ドキュメント/営業部/二〇二六年/" + longName, "昨日"}}}));
+    const std::pair<std::string, PipelineOutcome> korean[] = {
+        {"ko-calculation", PipelineOutcome::result(Result::Calculation{"80의 15% = 12"})},
+        {"ko-webAnswer", PipelineOutcome::result(Result::WebAnswer{
+                             {.summary = "서울은 대한민국의 수도이며 한강을 끼고 있는 도시입니다.",
+                              .sources = {{"서울특별시 - 위키백과", "ko.wikipedia.org",
+                                           "https://ko.wikipedia.org/wiki/서울특별시"}}}})},
+        {"ko-files", PipelineOutcome::result(
+                         Result::Files{{report, {"회의록.txt", "/home/me/회의록.txt", "오늘"}}})},
+        {"ko-error", PipelineOutcome::error(core::UserFacingError("웹에 연결할 수 없습니다",
+                                                                  "연결을 확인하세요.", true))},
+        {"ko-confirmation", PipelineOutcome::confirm(core::MessageDraft{.recipientQuery = "엄마",
+                                                                        .body = "지금 가는 중"})},
+    };
     state->setDark(false);
     state->setLang(core::AppLanguage::ko);
-    for (const auto& [query, name] :
-         std::vector<std::pair<std::string, std::string>>{{"15% 곱하기 80", "ko-calculation"},
-                                                          {"서울 날씨 알려줘", "ko-webAnswer"},
-                                                          {"보고서 찾아줘", "ko-files"},
-                                                          {"웹 검색", "ko-error"},
-                                                          {"엄마한테 문자", "ko-confirmation"}})
-        expectPanel(query, name);
+    for (const auto& [name, outcome] : korean) {
+        showcase->outcomes.emplace(name, outcome);
+        expectPanel(name, name);
+    }
+    showcase->outcomes.emplace(
+        "報告書を探して",
+        PipelineOutcome::result(Result::Files{
+            {{longName, "/home/me/ドキュメント/営業部/二〇二六年/" + longName, "昨日"}}}));
     state->setLang(core::AppLanguage::ja);
     expectPanel("報告書を探して", "ja-long-files");
 }
