@@ -72,7 +72,12 @@ PanelWindow::PanelWindow(std::shared_ptr<app::AppState> state, PanelEffects effe
     layout->setSpacing(0);
     field_ = new QLineEdit(this);
     QFont large = field_->font();
-    large.setPointSizeF(large.pointSizeF() * 1.5);
+    // A desktop font may be given in pixels, and then it has no point size.
+    if (large.pointSizeF() > 0) {
+        large.setPointSizeF(large.pointSizeF() * 1.5);
+    } else {
+        large.setPixelSize(large.pixelSize() * 3 / 2);
+    }
     field_->setFont(large);
     field_->installEventFilter(this);
     layout->addWidget(field_);
