@@ -8,11 +8,15 @@ namespace nuvrel::panel {
 
 PanelTray::PanelTray(std::shared_ptr<app::AppState> state, Actions actions)
     : state_(std::move(state)) {
-    open_ = menu_.addAction(QString(), [open = std::move(actions.open)] { open(); });
-    settings_ =
-        menu_.addAction(QString(), [settings = std::move(actions.settings)] { settings(); });
+    const auto entry = [this](std::function<void()> action) {
+        QAction* added = menu_.addAction(QString());
+        QObject::connect(added, &QAction::triggered, [action = std::move(action)] { action(); });
+        return added;
+    };
+    open_ = entry(std::move(actions.open));
+    settings_ = entry(std::move(actions.settings));
     menu_.addSeparator();
-    quit_ = menu_.addAction(QString(), [quit = std::move(actions.quit)] { quit(); });
+    quit_ = entry(std::move(actions.quit));
     settings_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     quit_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     refreshTitles();
