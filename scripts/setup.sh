@@ -22,7 +22,7 @@ packages=(
   libsecret-1-dev gnome-keyring help2man libtracker-sparql-3.0-dev libedit-dev
   clang-14 libclang-rt-14-dev
   qt6-base-dev qt6-qpa-plugins libxcb-keysyms1-dev fonts-noto-cjk fonts-noto-color-emoji xdotool
-  fonts-dejavu-core
+  fonts-dejavu-core libqt6svg6
 )
 
 missing_packages() {

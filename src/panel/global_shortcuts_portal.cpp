@@ -91,6 +91,7 @@ void GlobalShortcutsPortal::sessionCreated(uint response, const QVariantMap& res
         sessionRequested_ = false;
         diagnostics_.event("the global-shortcuts portal made no session (response " +
                            std::to_string(response) + ")");
+        if (onRefused) onRefused();
         return;
     }
     sendBind();
@@ -111,9 +112,10 @@ bool GlobalShortcutsPortal::sendBind() {
 }
 
 void GlobalShortcutsPortal::shortcutsBound(uint response, const QVariantMap&) {
-    if (response != 0)
-        diagnostics_.event("the global-shortcuts portal did not bind the shortcut " +
-                           trigger_.toStdString() + " (response " + std::to_string(response) + ")");
+    if (response == 0) return;
+    diagnostics_.event("the global-shortcuts portal did not bind the shortcut " +
+                       trigger_.toStdString() + " (response " + std::to_string(response) + ")");
+    if (onRefused) onRefused();
 }
 
 void GlobalShortcutsPortal::activated(const QDBusObjectPath& session, const QString& id, qulonglong,

@@ -33,6 +33,10 @@ public:
     // call. False when the request could not even be sent (no portal, a key without trigger).
     bool bind(std::uint32_t keyCode, std::uint32_t modifiers);
 
+    // Called when the desktop refuses the session or the shortcut (the user declined, say),
+    // so that the caller can fall back to another way.
+    std::function<void()> onRefused;
+
 private Q_SLOTS:
     void sessionCreated(uint response, const QVariantMap& results);
     void shortcutsBound(uint response, const QVariantMap& results);

@@ -28,6 +28,7 @@
 #include "panel/hotkey_combination.h"
 #include "panel/model_installation.h"
 #include "panel/panel_arguments.h"
+#include "panel/panel_tray.h"
 #include "panel/panel_window.h"
 #include "panel/resident_child.h"
 #include "panel/settings_window.h"
@@ -258,24 +259,36 @@ int runPanelProgram(int argc, char** argv) {
             return *settings;
         };
         panel.onOpenSettings = [&] { openSettings().showTab(SettingsTab::general); };
-        panel.onStateChanged = [&settings] {
+        // Quit from the tray takes the one quit path: the children stop after the loop.
+        PanelTray tray(state, {.open = [&panel] { panel.showPanel(); },
+                               .settings = [&] { openSettings().showTab(SettingsTab::general); },
+                               .quit = [] { QCoreApplication::quit(); }});
+        panel.onStateChanged = [&settings, &tray] {
             if (settings) settings->refresh();
+            tray.refreshTitles();
         };
 
         // The desktop's portal first; the X11 grab where there is none.
         GlobalShortcutsPortal portal(QDBusConnection::sessionBus(), diagnostics,
                                      [&panel] { panel.toggle(); });
         X11Hotkey hotkey(diagnostics, [&panel] { panel.toggle(); });
-        if (portal.available()) {
-            portal.bind(state->hotkeyKeyCode(), state->hotkeyModifiers());
-            state->hotkeyChangeHandler = [&portal](std::uint32_t keyCode, std::uint32_t modifiers) {
-                return portal.bind(keyCode, modifiers);
-            };
-        } else if (hotkey.available()) {
+        bool grabbed = false;
+        const auto grabOnX11 = [&] {
+            if (grabbed || !hotkey.available()) return;
+            grabbed = true;
             hotkey.registerCombination(state->hotkeyKeyCode(), state->hotkeyModifiers(), true);
             state->hotkeyChangeHandler = [&hotkey](std::uint32_t keyCode, std::uint32_t modifiers) {
                 return hotkey.reregister(keyCode, modifiers);
             };
+        };
+        // A portal that refuses, now or after a change in the settings, leaves the X11 grab.
+        portal.onRefused = grabOnX11;
+        if (portal.available() && portal.bind(state->hotkeyKeyCode(), state->hotkeyModifiers())) {
+            state->hotkeyChangeHandler = [&portal](std::uint32_t keyCode, std::uint32_t modifiers) {
+                return portal.bind(keyCode, modifiers);
+            };
+        } else {
+            grabOnX11();
         }
         if (hotkey.available()) {
             panel.onAboutToShow = [&hotkey] { hotkey.noteActiveWindow(); };

@@ -1,5 +1,5 @@
 #pragma once
-// The four tabs of the settings window; each builds its rows from AppState and writes every
+// The five tabs of the settings window; each builds its rows from AppState and writes every
 // change back at once. `refresh` follows AppState after a change made elsewhere.
 //
 // Threading: the GUI thread.
@@ -94,6 +94,12 @@ private:
     SettingsWindow::Services services_;
     QLabel* summary_;
     QTreeWidget* entries_;
+};
+
+// The product's version, the model's origin, and the licences of what it ships.
+class AboutSettingsTab : public QWidget {
+public:
+    explicit AboutSettingsTab(core::AppLanguage language);
 };
 
 }  // namespace nuvrel::panel

@@ -13,7 +13,8 @@
 namespace nuvrel::panel {
 
 namespace {
-constexpr std::array<std::string_view, 4> tabRawValues{"general", "model", "search", "permissions"};
+constexpr std::array<std::string_view, 5> tabRawValues{"general", "model", "search", "permissions",
+                                                       "credits"};
 }
 
 std::optional<SettingsTab> settingsTabFromRawValue(std::string_view raw) {
@@ -52,6 +53,8 @@ void SettingsWindow::build() {
     tabs_->addTab(model_, QString::fromStdString(strings.settingsTabModelLabel));
     tabs_->addTab(search_, QString::fromStdString(strings.settingsTabSearchLabel));
     tabs_->addTab(privacy_, QString::fromStdString(strings.networkActivitySectionTitle));
+    tabs_->addTab(new AboutSettingsTab(builtLanguage_),
+                  QString::fromStdString(strings.settingsTabCreditsLabel));
     tabs_->setCurrentIndex(tab);
     QObject::connect(tabs_, &QTabWidget::currentChanged, this, [this](int index) {
         search_->commitAll();

@@ -2,8 +2,9 @@
 // The settings window: general (language, appearance, the shortcut and its recorder, the
 // network, memory and update switches), the model (the installed files to switch between and
 // the curated ones to install, with progress), search (the SearXNG address and the Firecrawl
-// key) and privacy (the network activity log). Every change goes through AppState and the
-// key store, the same stores `nuvrel settings` and `nuvrel key` write.
+// key), privacy (the network activity log) and About (version and licences). Every change
+// goes through AppState and the key store, the same stores `nuvrel settings` and `nuvrel key`
+// write.
 //
 // Threading: the GUI thread, which is the AppState's main thread.
 
@@ -28,9 +29,10 @@ class ModelSettingsTab;
 class SearchSettingsTab;
 class PrivacySettingsTab;
 
-// The tabs in order, by their raw values "general", "model", "search", "permissions"; the
-// last is the privacy tab here, since this desktop asks no permissions of its own.
-enum class SettingsTab { general, model, search, permissions };
+// The tabs in order, by their raw values "general", "model", "search", "permissions",
+// "credits"; "permissions" is the privacy tab here, since this desktop asks no permissions of
+// its own, and "credits" is the About tab.
+enum class SettingsTab { general, model, search, permissions, credits };
 std::optional<SettingsTab> settingsTabFromRawValue(std::string_view raw);
 
 class SettingsWindow : public QWidget {

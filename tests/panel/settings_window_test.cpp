@@ -9,7 +9,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
+#include <QTreeWidget>
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -142,6 +144,24 @@ TEST_F(SettingsWindowTest, TheFirecrawlKeyChangesOnlyWhenTypedAndIsNeverShown) {
     enter("firecrawlAPIKey", "   ");
     EXPECT_EQ(keychain->secret("firecrawlAPIKey"), std::nullopt);
     EXPECT_EQ(field->placeholderText(), "Paste your Firecrawl API key");
+}
+
+TEST_F(SettingsWindowTest, TheAboutTabNamesTheModelAndTheLicencesOfWhatShips) {
+    window.showTab(settingsTabFromRawValue("credits").value());
+    const auto* tabs = window.findChild<QTabWidget*>();
+    EXPECT_EQ(tabs->tabText(tabs->currentIndex()), "About");
+    QStringList labels;
+    for (const auto* label : tabs->currentWidget()->findChildren<QLabel*>())
+        labels << label->text();
+    EXPECT_TRUE(labels.contains("Kestrune-nano is a fine-tune of Qwen3.5-0.8B-Base (Apache-2.0)"));
+    const std::map<QString, QString> licences{{"llama.cpp (llama-server)", "MIT"},
+                                              {"Qt 6", "LGPL-3.0-only"}};
+    for (const auto& [component, licence] : licences) {
+        const auto found =
+            child<QTreeWidget>("openSourceNotices")->findItems(component, Qt::MatchExactly);
+        ASSERT_EQ(found.size(), 1) << component.toStdString();
+        EXPECT_EQ(found[0]->text(1), licence);
+    }
 }
 
 }  // namespace
