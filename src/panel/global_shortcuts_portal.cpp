@@ -59,7 +59,7 @@ GlobalShortcutsPortal::GlobalShortcutsPortal(QDBusConnection bus, base::Diagnost
     available_ = bus_.call(get, QDBus::Block, 250).type() == QDBusMessage::ReplyMessage;
     if (available_)
         bus_.connect(portalService, portalPath, shortcutsInterface, "Activated", this,
-                     SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+                     SLOT(activated(QDBusMessage)));
 }
 
 QString GlobalShortcutsPortal::requestPath(const QString& token) const {
@@ -118,9 +118,14 @@ void GlobalShortcutsPortal::shortcutsBound(uint response, const QVariantMap&) {
     if (onRefused) onRefused();
 }
 
-void GlobalShortcutsPortal::activated(const QDBusObjectPath& session, const QString& id, qulonglong,
-                                      const QVariantMap&) {
-    if (session.path() == session_ && id == shortcutId && onActivated_) onActivated_();
+void GlobalShortcutsPortal::activated(const QDBusMessage& signal) {
+    // (o session, s shortcut, t timestamp, a{sv}), read by hand: QtDBus did not bind a slot
+    // typed so to this signal, and a later portal version may add arguments.
+    const QList<QVariant> arguments = signal.arguments();
+    if (arguments.size() < 2) return;
+    const QString session = qvariant_cast<QDBusObjectPath>(arguments[0]).path();
+    if (session == session_ && arguments[1].toString() == shortcutId && onActivated_)
+        onActivated_();
 }
 
 }  // namespace nuvrel::panel

@@ -8,7 +8,7 @@
 // Threading: the GUI thread; answers and activations arrive through its event loop.
 
 #include <QDBusConnection>
-#include <QDBusObjectPath>
+#include <QDBusMessage>
 #include <QObject>
 #include <QVariantMap>
 #include <cstdint>
@@ -40,8 +40,7 @@ public:
 private Q_SLOTS:
     void sessionCreated(uint response, const QVariantMap& results);
     void shortcutsBound(uint response, const QVariantMap& results);
-    void activated(const QDBusObjectPath& session, const QString& shortcutId, qulonglong timestamp,
-                   const QVariantMap& options);
+    void activated(const QDBusMessage& signal);
 
 private:
     // The path the portal will answer a request with this token on.
