@@ -50,7 +50,7 @@ core::CapabilityResult execute(const CurrencyConversionRequest& request, core::A
     const auto failure = [&] {
         return core::UserFacingError(strings.currencyNetworkFailureMessage);
     };
-    const base::Url url = services.frankfurterEndpoint.withQueryItems({
+    const base::Url url = services.frankfurter().withQueryItems({
         {"amount", decimalText(request.amount)},
         {"from", std::string(rawValue(request.from))},
         {"to", std::string(rawValue(request.to))},

@@ -28,6 +28,18 @@ base::Url InformationServices::defaultFrankfurterEndpoint() {
     return endpoint(*base::Url::parse(publicFrankfurterBase), "/v1/latest");
 }
 
+base::Url InformationServices::geocoding() const {
+    return geocodingEndpoint.empty() ? defaultGeocodingEndpoint() : geocodingEndpoint;
+}
+
+base::Url InformationServices::forecast() const {
+    return forecastEndpoint.empty() ? defaultForecastEndpoint() : forecastEndpoint;
+}
+
+base::Url InformationServices::frankfurter() const {
+    return frankfurterEndpoint.empty() ? defaultFrankfurterEndpoint() : frankfurterEndpoint;
+}
+
 base::HttpResponse InformationServices::get(const base::Url& url, Purpose purpose) const {
     if (record) record(url, purpose);
     if (!session) throw base::HttpError(base::HttpError::Kind::transport, "no HTTP session");

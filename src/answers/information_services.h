@@ -37,12 +37,19 @@ struct InformationServices {
     static base::Url defaultFrankfurterEndpoint();
 
     std::shared_ptr<base::HttpSession> session;
-    base::Url geocodingEndpoint = defaultGeocodingEndpoint();
-    base::Url forecastEndpoint = defaultForecastEndpoint();
-    base::Url frankfurterEndpoint = defaultFrankfurterEndpoint();
+    // Empty: the public service's, parsed at the first request (parsing opens libcurl, which a
+    // sentence that asks no service should not pay for).
+    base::Url geocodingEndpoint{};
+    base::Url forecastEndpoint{};
+    base::Url frankfurterEndpoint{};
     // None: nothing is noted.
     Record record;
     base::Diagnostics diagnostics{};
+
+    // The addresses in effect: the field, or the public service's when it is empty.
+    base::Url geocoding() const;
+    base::Url forecast() const;
+    base::Url frankfurter() const;
 
     // Notes the request, then sends a GET with `timeout`. Throws what the session throws;
     // without a session, an HttpError of kind transport.

@@ -173,7 +173,7 @@ std::string WeatherCapability::geocodingName(std::string_view query) {
 
 std::optional<WeatherCapability::Place> WeatherCapability::geocode(std::string_view query) const {
     const auto& strings = core::LocalizedStrings::strings(language);
-    const base::Url url = services.geocodingEndpoint.withQueryItems({
+    const base::Url url = services.geocoding().withQueryItems({
         {"name", geocodingName(query)},
         {"count", "1"},
         {"language", std::string(languageCode(language))},
@@ -213,8 +213,7 @@ core::CapabilityResult WeatherCapability::forecast(const Place& place) const {
                                 .source = source}};
     };
     // A self-hosted forecast service is the user's choice: the platform's is not asked then.
-    if (platformForecast &&
-        services.forecastEndpoint == InformationServices::defaultForecastEndpoint()) {
+    if (platformForecast && services.forecast() == InformationServices::defaultForecastEndpoint()) {
         try {
             const ForecastReading reading = platformForecast(place.latitude, place.longitude);
             if (services.record) {
@@ -230,7 +229,7 @@ core::CapabilityResult WeatherCapability::forecast(const Place& place) const {
                                        error.what());
         }
     }
-    const base::Url url = services.forecastEndpoint.withQueryItems({
+    const base::Url url = services.forecast().withQueryItems({
         {"latitude", decimalText(place.latitude)},
         {"longitude", decimalText(place.longitude)},
         {"current", "temperature_2m,weather_code"},

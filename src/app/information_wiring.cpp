@@ -38,15 +38,12 @@ InformationServices makeInformationServices(const SettingsStoring& userDefaults,
     InformationServices services;
     services.diagnostics = diagnostics;
     services.session = std::move(session);
-    services.geocodingEndpoint =
-        configured(userDefaults, settingsKey::openMeteoGeocodingEndpoint, "/v1/search",
-                   InformationServices::defaultGeocodingEndpoint(), diagnostics);
-    services.forecastEndpoint =
-        configured(userDefaults, settingsKey::openMeteoForecastEndpoint, "/v1/forecast",
-                   InformationServices::defaultForecastEndpoint(), diagnostics);
-    services.frankfurterEndpoint =
-        configured(userDefaults, settingsKey::frankfurterEndpoint, "/v1/latest",
-                   InformationServices::defaultFrankfurterEndpoint(), diagnostics);
+    services.geocodingEndpoint = configured(userDefaults, settingsKey::openMeteoGeocodingEndpoint,
+                                            "/v1/search", base::Url(), diagnostics);
+    services.forecastEndpoint = configured(userDefaults, settingsKey::openMeteoForecastEndpoint,
+                                           "/v1/forecast", base::Url(), diagnostics);
+    services.frankfurterEndpoint = configured(userDefaults, settingsKey::frankfurterEndpoint,
+                                              "/v1/latest", base::Url(), diagnostics);
     services.record = [log = std::move(log)](const base::Url& url,
                                              InformationServices::Purpose purpose) {
         if (!log) return;

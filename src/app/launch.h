@@ -74,7 +74,7 @@ struct LaunchSettings {
     // NUVREL_DEBUG_QUERY is set: every routed intent is logged with its slots.
     bool debugSlotsLogging = false;
     base::Diagnostics diagnostics{};
-    WebServiceEndpoints webEndpoints = WebServiceEndpoints::publicServices();
+    std::optional<WebServiceEndpoints> webEndpoints = std::nullopt;
     // The position for weather here; none answers that it cannot be had.
     std::shared_ptr<core::CurrentLocationProviding> locationProvider{};
 };

@@ -20,6 +20,10 @@ namespace {
 
 using Purpose = NetworkActivityLog::Purpose;
 
+WebServiceEndpoints endpointsOf(const WebRetrievalSettings& settings) {
+    return settings.endpoints ? *settings.endpoints : WebServiceEndpoints::publicServices();
+}
+
 constexpr double tavilyTimeout = 10;
 constexpr int tavilyResultLimit = 8;
 constexpr double firecrawlTimeout = 10;
@@ -57,7 +61,7 @@ wayfen::WebSearchTransportPtr firecrawl(const WebRetrievalSettings& settings) {
     if (!settings.keychain) return nullptr;
     std::optional<std::string> key = settings.keychain->secret(firecrawlAPIKeyName);
     if (!key || key->empty()) return nullptr;
-    const base::Url& endpoint = settings.endpoints.firecrawl;
+    const base::Url endpoint = endpointsOf(settings).firecrawl;
     auto transport = std::make_shared<wayfen::FirecrawlTransport>(
         std::move(*key), settings.session, firecrawlTimeout,
         wayfen::DuckDuckGoRequestPacer::firecrawlShared(), firecrawlResultLimit, endpoint);
@@ -82,7 +86,8 @@ wayfen::WebSearchTransportPtr searxng(const WebRetrievalSettings& settings) {
 wayfen::WebSearchTransportPtr wikipedia(const WebRetrievalSettings& settings) {
     auto transport = std::make_shared<wayfen::WikipediaTransport>(
         settings.session, wikipediaTimeout, wayfen::DuckDuckGoRequestPacer::wikipediaShared(),
-        wikipediaMaxTitles, settings.endpoints.wikipediaHosts, settings.endpoints.wikipediaPort);
+        wikipediaMaxTitles, endpointsOf(settings).wikipediaHosts,
+        endpointsOf(settings).wikipediaPort);
     return logged(std::move(transport), std::string(wayfen::WikipediaTransport::domain), settings);
 }
 
@@ -118,8 +123,9 @@ WebServiceEndpoints WebServiceEndpoints::publicServices() {
 std::vector<wayfen::WebSearchTransportPtr> webSearchChainMembers(
     const WebRetrievalSettings& settings) {
     std::vector<wayfen::WebSearchTransportPtr> members;
-    if (settings.debugBadHost) members.push_back(tavily(settings.endpoints.unreachable, settings));
-    members.push_back(tavily(settings.endpoints.tavily, settings));
+    const WebServiceEndpoints endpoints = endpointsOf(settings);
+    if (settings.debugBadHost) members.push_back(tavily(endpoints.unreachable, settings));
+    members.push_back(tavily(endpoints.tavily, settings));
     for (auto member : {firecrawl(settings), searxng(settings), wikipedia(settings)}) {
         if (member) members.push_back(std::move(member));
     }

@@ -39,7 +39,8 @@ struct WebRetrievalSettings {
     std::shared_ptr<KeychainStoring> keychain;
     // An unreachable provider heads the chain, so that its fall-over can be watched.
     bool debugBadHost = false;
-    WebServiceEndpoints endpoints = WebServiceEndpoints::publicServices();
+    // Nothing: the public services, parsed at the first search, since parsing opens libcurl.
+    std::optional<WebServiceEndpoints> endpoints = std::nullopt;
 };
 
 struct WebRetrieval {

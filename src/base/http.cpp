@@ -1,7 +1,6 @@
 #include "base/http.h"
 
 #include <arpa/inet.h>
-#include <curl/curl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -14,7 +13,7 @@
 #include <stdexcept>
 
 #include "base/cancellation.h"
-#include "base/curl_global.h"
+#include "base/curl_library.h"
 
 namespace nuvrel::base {
 
@@ -62,8 +61,8 @@ bool sameOrigin(const Url& a, const Url& b) {
            a.effectivePort() == b.effectivePort();
 }
 
-HttpError errorFor(CURLcode code, const char* detail) {
-    std::string message = detail[0] != '\0' ? detail : curl_easy_strerror(code);
+HttpError errorFor(CURLcode code, const char* errorText) {
+    std::string message = errorText[0] != '\0' ? errorText : detail::curl().easyErrorText(code);
     switch (code) {
         case CURLE_OPERATION_TIMEDOUT:
             return {HttpError::Kind::timedOut, std::move(message)};
@@ -82,7 +81,7 @@ HttpError errorFor(CURLcode code, const char* detail) {
 // One multi handle with one easy handle. Kept together and pooled, because the connection
 // cache lives in the multi handle: a reused transfer reuses its open connections.
 struct Transfer {
-    Transfer() : multi(curl_multi_init()), easy(curl_easy_init()) {
+    Transfer() : multi(detail::curl().multiInit()), easy(detail::curl().easyInit()) {
         if (multi == nullptr || easy == nullptr) {
             cleanup();
             throw std::bad_alloc();
@@ -93,8 +92,8 @@ struct Transfer {
     Transfer& operator=(const Transfer&) = delete;
 
     void cleanup() {
-        if (easy != nullptr) curl_easy_cleanup(easy);
-        if (multi != nullptr) curl_multi_cleanup(multi);
+        if (easy != nullptr) detail::curl().easyCleanup(easy);
+        if (multi != nullptr) detail::curl().multiCleanup(multi);
     }
 
     CURLM* multi;
@@ -102,7 +101,7 @@ struct Transfer {
 };
 
 struct SlistDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+    void operator()(curl_slist* list) const { detail::curl().slistFreeAll(list); }
 };
 using Slist = std::unique_ptr<curl_slist, SlistDeleter>;
 
@@ -266,7 +265,7 @@ struct Hop {
 Slist buildHeaderList(const HopRequest& request, bool sendsBody) {
     Slist list;
     const auto append = [&](const std::string& line) {
-        curl_slist* grown = curl_slist_append(list.get(), line.c_str());
+        curl_slist* grown = detail::curl().slistAppend(list.get(), line.c_str());
         if (grown == nullptr) throw std::bad_alloc();
         list.release();
         list.reset(grown);
@@ -348,7 +347,7 @@ std::optional<std::uint64_t> HttpResponse::contentLength() const {
 struct HttpSession::Impl {
     explicit Impl(HttpSessionOptions options) : options(std::move(options)) {
         for (const std::string& entry : this->options.resolve) {
-            if (curl_slist* list = curl_slist_append(resolveList.get(), entry.c_str())) {
+            if (curl_slist* list = detail::curl().slistAppend(resolveList.get(), entry.c_str())) {
                 static_cast<void>(resolveList.release());
                 resolveList.reset(list);
             }
@@ -377,7 +376,7 @@ struct HttpSession::Impl {
 
     void release(std::unique_ptr<Transfer> transfer) {
         // Reset now, so that no idle handle points at buffers of a finished call.
-        curl_easy_reset(transfer->easy);
+        detail::curl().easyReset(transfer->easy);
         std::lock_guard lock(mutex);
         if (idle.size() < maxIdle) idle.push_back(std::move(transfer));
     }
@@ -392,7 +391,7 @@ namespace {
 
 template <class T>
 void setOption(CURL* easy, CURLoption option, T value) {
-    if (curl_easy_setopt(easy, option, value) != CURLE_OK) {
+    if (detail::curl().easySetOption(easy, option, value) != CURLE_OK) {
         throw HttpError(HttpError::Kind::transport, "libcurl refused an option");
     }
 }
@@ -402,20 +401,20 @@ void setOption(CURL* easy, CURLoption option, T value) {
 // over several seconds, so a stall behind a burst of data would go unseen for too long.
 CURLcode perform(Transfer& transfer, const std::atomic<bool>& cancelled, const Hop& hop,
                  std::optional<std::chrono::milliseconds> idleLimit) {
-    if (curl_multi_add_handle(transfer.multi, transfer.easy) != CURLM_OK) {
+    if (detail::curl().multiAdd(transfer.multi, transfer.easy) != CURLM_OK) {
         throw HttpError(HttpError::Kind::transport, "could not start the transfer");
     }
     struct Detach {
         Transfer& transfer;
-        ~Detach() { curl_multi_remove_handle(transfer.multi, transfer.easy); }
+        ~Detach() { detail::curl().multiRemove(transfer.multi, transfer.easy); }
     } detach{transfer};
 
     while (true) {
         if (cancelled.load()) throw Cancelled();
         int running = 0;
-        CURLMcode code = curl_multi_perform(transfer.multi, &running);
+        CURLMcode code = detail::curl().multiPerform(transfer.multi, &running);
         if (code != CURLM_OK)
-            throw HttpError(HttpError::Kind::transport, curl_multi_strerror(code));
+            throw HttpError(HttpError::Kind::transport, detail::curl().multiErrorText(code));
         if (running == 0) break;
         std::chrono::milliseconds wait{1000};
         if (idleLimit) {
@@ -428,12 +427,13 @@ CURLcode perform(Transfer& transfer, const std::atomic<bool>& cancelled, const H
             wait = std::min(wait, *idleLimit - idle + std::chrono::milliseconds(1));
         }
         // Wakes for socket activity, curl's own timers, or curl_multi_wakeup from a cancel.
-        code = curl_multi_poll(transfer.multi, nullptr, 0, static_cast<int>(wait.count()), nullptr);
+        code = detail::curl().multiPoll(transfer.multi, nullptr, 0, static_cast<int>(wait.count()),
+                                        nullptr);
         if (code != CURLM_OK)
-            throw HttpError(HttpError::Kind::transport, curl_multi_strerror(code));
+            throw HttpError(HttpError::Kind::transport, detail::curl().multiErrorText(code));
     }
     int queued = 0;
-    while (CURLMsg* message = curl_multi_info_read(transfer.multi, &queued)) {
+    while (CURLMsg* message = detail::curl().multiInfoRead(transfer.multi, &queued)) {
         if (message->msg == CURLMSG_DONE) return message->data.result;
     }
     throw HttpError(HttpError::Kind::transport, "transfer ended without a result");
@@ -491,7 +491,12 @@ void HttpSession::Impl::configure(CURL* easy, const HopRequest& hop, const HttpR
 
 HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadHandler* onHead,
                                      const HttpChunkHandler* onChunk) {
-    detail::ensureCurlGlobalInit();
+    try {
+        detail::curl();
+    } catch (const SharedLibraryError& error) {
+        // A broken installation fails this request like a network that is down, not the program.
+        throw HttpError(HttpError::Kind::transport, error.description());
+    }
     checkCancellation();
 
     using Clock = std::chrono::steady_clock;
@@ -511,7 +516,7 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
     // transfer goes back to the pool.
     CancelCallback onCancel([&cancelled, multi = transfer.multi] {
         cancelled.store(true);
-        curl_multi_wakeup(multi);
+        detail::curl().multiWakeup(multi);
     });
 
     HopRequest hop{request.method, request.url, request.headers, request.body};
@@ -539,13 +544,13 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
 
         const CURLcode result = perform(transfer, cancelled, state, request.idleTimeout);
         if (result != CURLE_OK && state.refusedAddress) {
-            curl_easy_reset(transfer.easy);
+            detail::curl().easyReset(transfer.easy);
             throw HttpError(HttpError::Kind::refusedAddress,
                             hop.url.host() + " leads to " + *state.refusedAddress);
         }
         // Clear the handle's pointers to this hop's buffers before they go; the next hop
         // starts from a clean handle too.
-        curl_easy_reset(transfer.easy);
+        detail::curl().easyReset(transfer.easy);
 
         switch (state.end) {
             case Hop::End::failed:
@@ -580,9 +585,7 @@ HttpResponse HttpSession::Impl::send(const HttpRequest& request, const HttpHeadH
 }
 
 HttpSession::HttpSession(HttpSessionOptions options)
-    : impl_(std::make_unique<Impl>(std::move(options))) {
-    detail::ensureCurlGlobalInit();
-}
+    : impl_(std::make_unique<Impl>(std::move(options))) {}
 
 HttpSession::~HttpSession() = default;
 HttpSession::HttpSession(HttpSession&&) noexcept = default;

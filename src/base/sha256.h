@@ -10,6 +10,7 @@ namespace nuvrel::base {
 
 class Sha256 {
 public:
+    // The first digest opens libcrypto; throws SharedLibraryError where it is not installed.
     Sha256();
     ~Sha256();
     Sha256(Sha256&&) noexcept;

@@ -1,30 +1,28 @@
 #include "base/url.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <cctype>
 #include <memory>
 #include <stdexcept>
 
-#include "base/curl_global.h"
+#include "base/curl_library.h"
 
 namespace nuvrel::base {
 
 namespace {
 
 struct CurlUrlDeleter {
-    void operator()(CURLU* handle) const { curl_url_cleanup(handle); }
+    void operator()(CURLU* handle) const { detail::curl().urlCleanup(handle); }
 };
 using CurlUrlHandle = std::unique_ptr<CURLU, CurlUrlDeleter>;
 
 std::optional<std::string> getPart(CURLU* handle, CURLUPart part, unsigned flags = 0) {
     char* value = nullptr;
-    if (curl_url_get(handle, part, &value, flags) != CURLUE_OK || value == nullptr) {
+    if (detail::curl().urlGet(handle, part, &value, flags) != CURLUE_OK || value == nullptr) {
         return std::nullopt;
     }
     std::string out(value);
-    curl_free(value);
+    detail::curl().free(value);
     return out;
 }
 
@@ -136,7 +134,6 @@ struct UrlFields {
 
 // One pass of libcurl's parser and our checks; nothing for what is no absolute URL.
 std::optional<UrlFields> readOnce(std::string_view text) {
-    detail::ensureCurlGlobalInit();
     // libcurl reads the text up to its first NUL, which would make a different URL of it.
     if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const auto separator = text.find("://");
@@ -153,10 +150,10 @@ std::optional<UrlFields> readOnce(std::string_view text) {
     const auto restStart = std::min(text.find_first_of("/?#", authorityStart), text.size());
     const std::string encoded = encodeLooseBytes(text, restStart);
 
-    CurlUrlHandle handle(curl_url());
+    CurlUrlHandle handle(detail::curl().urlNew());
     if (!handle) throw std::bad_alloc();
-    if (curl_url_set(handle.get(), CURLUPART_URL, encoded.c_str(), CURLU_NON_SUPPORT_SCHEME) !=
-        CURLUE_OK) {
+    if (detail::curl().urlSet(handle.get(), CURLUPART_URL, encoded.c_str(),
+                              CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
         return std::nullopt;
     }
 
@@ -169,15 +166,16 @@ std::optional<UrlFields> readOnce(std::string_view text) {
     if (lowerHost != rawHost) {
         // Setting the host drops the zone of an IPv6 literal, so it is put back.
         const auto zone = getPart(handle.get(), CURLUPART_ZONEID);
-        if (curl_url_set(handle.get(), CURLUPART_HOST, lowerHost.c_str(), 0) != CURLUE_OK) {
+        if (detail::curl().urlSet(handle.get(), CURLUPART_HOST, lowerHost.c_str(), 0) !=
+            CURLUE_OK) {
             return std::nullopt;
         }
-        if (zone) curl_url_set(handle.get(), CURLUPART_ZONEID, zone->c_str(), 0);
+        if (zone) detail::curl().urlSet(handle.get(), CURLUPART_ZONEID, zone->c_str(), 0);
     }
 
     // libcurl keeps no path for "file:///" and writes the missing one into the URL as "(nil)".
     if (getPart(handle.get(), CURLUPART_PATH).value_or("").empty() &&
-        curl_url_set(handle.get(), CURLUPART_PATH, "/", 0) != CURLUE_OK) {
+        detail::curl().urlSet(handle.get(), CURLUPART_PATH, "/", 0) != CURLUE_OK) {
         return std::nullopt;
     }
 

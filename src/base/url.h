@@ -23,6 +23,7 @@ public:
 
     // An absolute URL ("scheme://host/..." or "file:///..."); nothing for a relative
     // reference, a missing or malformed host, a bad port, control characters, or garbage.
+    // The first call opens libcurl; throws SharedLibraryError where it is not installed.
     static std::optional<Url> parse(std::string_view text);
 
     bool empty() const { return text_.empty(); }

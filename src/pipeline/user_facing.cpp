@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/diagnostics.h"
+#include "base/shared_library.h"
 
 namespace nuvrel::pipeline {
 
@@ -16,6 +17,10 @@ core::UserFacingError userFacing(const std::exception_ptr& error,
         core::UserFacingError shown = userFacingError;
         if (!shown.recoverySuggestion) shown.recoverySuggestion = strings.helpHintRecovery;
         return shown;
+    } catch (const base::SharedLibraryError& missing) {
+        // A broken installation: name what is missing, the rest of the program still works.
+        diagnostics.event("capability needs a library that did not load: " + missing.description());
+        return core::UserFacingError(strings.systemToolMissingMessage(missing.library()));
     } catch (const std::exception& other) {
         // Every error type of the program describes itself through what().
         description = other.what();

@@ -17,9 +17,10 @@
 namespace nuvrel::pipeline {
 
 // Any error as a card may show it. A UserFacingError keeps its message and `retryable` and
-// gets helpHintRecovery when it has no recovery. Anything else is written to `diagnostics` and
-// becomes genericErrorMessage: no internal text reaches the card. `error` must not hold
-// base::Cancelled.
+// gets helpHintRecovery when it has no recovery. A library that did not load
+// (base::SharedLibraryError) becomes systemToolMissingMessage naming it. Anything else is written
+// to `diagnostics` and becomes genericErrorMessage: no internal text reaches the card. `error` must
+// not hold base::Cancelled.
 core::UserFacingError userFacing(const std::exception_ptr& error,
                                  const core::LocalizedStrings& strings,
                                  const base::Diagnostics& diagnostics);

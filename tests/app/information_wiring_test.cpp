@@ -21,8 +21,8 @@ TEST(InformationWiring, SettingsMoveTheServicesAndUnusableValuesAreIgnoredAloud)
         makeInformationServices(defaults, nullptr, nullptr, recorded.diagnostics);
     const std::string diagnostics = recorded.sink->text();
     EXPECT_EQ(services.geocodingEndpoint.text(), "http://127.0.0.1:9/om/v1/search");
-    EXPECT_EQ(services.forecastEndpoint, InformationServices::defaultForecastEndpoint());
-    EXPECT_EQ(services.frankfurterEndpoint, InformationServices::defaultFrankfurterEndpoint());
+    EXPECT_EQ(services.forecast(), InformationServices::defaultForecastEndpoint());
+    EXPECT_EQ(services.frankfurter(), InformationServices::defaultFrankfurterEndpoint());
     EXPECT_EQ(diagnostics,
               "[Nuvrel] ignoring openMeteoForecastEndpoint: not an http or https address; the "
               "public service answers\n"

@@ -10,6 +10,7 @@
 
 #include "answers/calculator_fast_path.h"
 #include "base/cancellation.h"
+#include "base/shared_library.h"
 #include "core/localized_strings.h"
 #include "llm/llm_error.h"
 #include "pipeline/chain_decomposer.h"
@@ -269,6 +270,15 @@ TEST(PipelineErrors, AStopRequestFromACapabilityIsCancelledNeverAnErrorCard) {
     web->planError = std::make_exception_ptr(base::Cancelled());
     auto fallback = pipelineWith({reply(routerReply(IntentID::unknown, 0.2))}, {web});
     EXPECT_TRUE(fallback.pipeline.run("who knows").isCancelled());
+}
+
+TEST(PipelineErrors, ALibraryThatDidNotLoadIsNamedAsAMissingTool) {
+    auto missing = runFinderThrowing(throwingCapability(
+        IntentID::finderSearch,
+        base::SharedLibraryError(base::SharedLibraryError::Kind::libraryNotFound,
+                                 "libtracker-sparql-3.0.so.0", "cannot open shared object file")));
+    EXPECT_EQ(errorOf(missing.outcome).message,
+              en.systemToolMissingMessage("libtracker-sparql-3.0.so.0"));
 }
 
 TEST(PipelineErrors, TheFallbackSearchPassesItsErrorsThroughUserFacing) {

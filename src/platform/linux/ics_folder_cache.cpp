@@ -8,6 +8,7 @@
 #include "base/diagnostics.h"
 #include "base/files.h"
 #include "base/text.h"
+#include "platform/linux/ical_library.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -17,86 +18,86 @@ using personal::TimePoint;
 
 struct ComponentFree {
     void operator()(icalcomponent* component) const {
-        if (component) icalcomponent_free(component);
+        if (component) ical().componentFree(component);
     }
 };
 
 // An iCalendar time as an instant: a date or a floating time is read in the user's calendar,
 // a zoned one by its zone (the file's VTIMEZONE, else the zone database of that name).
 std::optional<TimePoint> instant(icaltimetype time, const personal::GregorianCalendar& calendar) {
-    if (icaltime_is_null_time(time) || !icaltime_is_valid_time(time)) return std::nullopt;
+    if (ical().timeIsNullTime(time) || !ical().timeIsValidTime(time)) return std::nullopt;
     if (time.is_date) return calendar.date(time.year, time.month, time.day);
-    if (!time.zone && !icaltime_is_utc(time)) {
+    if (!time.zone && !ical().timeIsUtc(time)) {
         const auto minute = calendar.date(time.year, time.month, time.day, time.hour, time.minute);
         if (!minute) return std::nullopt;
         return *minute + std::chrono::seconds(time.second);
     }
     const time_t seconds =
-        icaltime_as_timet_with_zone(time, time.zone ? time.zone : icaltimezone_get_utc_timezone());
+        ical().timeAsTimetWithZone(time, time.zone ? time.zone : ical().timezoneGetUtcTimezone());
     return std::chrono::system_clock::from_time_t(seconds);
 }
 
 // The time of a property, its TZID resolved through the component's calendar.
 icaltimetype timeOf(icalproperty* property, icalcomponent* component) {
-    if (!property) return icaltime_null_time();
-    return icalproperty_get_datetime_with_component(property, component);
+    if (!property) return ical().timeNullTime();
+    return ical().propertyGetDatetimeWithComponent(property, component);
 }
 
 std::optional<IcsItem> readItem(icalcomponent* component,
                                 const personal::GregorianCalendar& calendar, bool isEvent) {
     IcsItem item;
-    if (const char* uid = icalcomponent_get_uid(component)) item.uid = uid;
+    if (const char* uid = ical().componentGetUid(component)) item.uid = uid;
     // A file may hold bytes of another encoding; cards and JSON output need UTF-8.
-    if (const char* summary = icalcomponent_get_summary(component))
+    if (const char* summary = ical().componentGetSummary(component))
         item.summary = base::text::validUtf8(summary);
-    if (const char* location = icalcomponent_get_location(component))
+    if (const char* location = ical().componentGetLocation(component))
         item.location = base::text::validUtf8(location);
 
-    icalproperty* dtstart = icalcomponent_get_first_property(component, ICAL_DTSTART_PROPERTY);
+    icalproperty* dtstart = ical().componentGetFirstProperty(component, ICAL_DTSTART_PROPERTY);
     const icaltimetype start = timeOf(dtstart, component);
     item.start = instant(start, calendar);
     if (isEvent && !item.start) return std::nullopt;
     item.isAllDay = dtstart && start.is_date;
     item.startTime = start;
     if (item.start) {
-        icalproperty* dtend = icalcomponent_get_first_property(component, ICAL_DTEND_PROPERTY);
+        icalproperty* dtend = ical().componentGetFirstProperty(component, ICAL_DTEND_PROPERTY);
         icalproperty* duration =
-            icalcomponent_get_first_property(component, ICAL_DURATION_PROPERTY);
+            ical().componentGetFirstProperty(component, ICAL_DURATION_PROPERTY);
         std::optional<TimePoint> end;
         if (dtend) {
             end = instant(timeOf(dtend, component), calendar);
         } else if (duration) {
-            const icaldurationtype length = icalproperty_get_duration(duration);
-            end = *item.start + std::chrono::seconds(icaldurationtype_as_int(length));
+            const icaldurationtype length = ical().propertyGetDuration(duration);
+            end = *item.start + std::chrono::seconds(ical().durationtypeAsInt(length));
         } else if (item.isAllDay) {
             end = calendar.addingDays(*item.start, 1);
         }
         item.end = end && *end >= *item.start ? *end : *item.start;
     }
     if (icalproperty* recurrence =
-            icalcomponent_get_first_property(component, ICAL_RECURRENCEID_PROPERTY))
+            ical().componentGetFirstProperty(component, ICAL_RECURRENCEID_PROPERTY))
         item.recurrenceID = instant(timeOf(recurrence, component), calendar);
-    if (icalproperty* rule = icalcomponent_get_first_property(component, ICAL_RRULE_PROPERTY)) {
-        icalrecurrencetype recurrence = icalproperty_get_rrule(rule);
-        if (const char* text = icalrecurrencetype_as_string(&recurrence)) item.rrule = text;
+    if (icalproperty* rule = ical().componentGetFirstProperty(component, ICAL_RRULE_PROPERTY)) {
+        icalrecurrencetype recurrence = ical().propertyGetRrule(rule);
+        if (const char* text = ical().recurrencetypeAsString(&recurrence)) item.rrule = text;
     }
-    for (icalproperty* exdate = icalcomponent_get_first_property(component, ICAL_EXDATE_PROPERTY);
-         exdate; exdate = icalcomponent_get_next_property(component, ICAL_EXDATE_PROPERTY)) {
+    for (icalproperty* exdate = ical().componentGetFirstProperty(component, ICAL_EXDATE_PROPERTY);
+         exdate; exdate = ical().componentGetNextProperty(component, ICAL_EXDATE_PROPERTY)) {
         if (const auto when = instant(timeOf(exdate, component), calendar))
             item.exdates.insert(*when);
     }
     if (!isEvent) {
-        if (icalproperty* due = icalcomponent_get_first_property(component, ICAL_DUE_PROPERTY)) {
+        if (icalproperty* due = ical().componentGetFirstProperty(component, ICAL_DUE_PROPERTY)) {
             const icaltimetype dueTime = timeOf(due, component);
             if (const auto when = instant(dueTime, calendar)) {
                 item.due = calendar.parts(*when);
                 item.dueHasTime = !dueTime.is_date;
             }
         }
-        icalproperty* status = icalcomponent_get_first_property(component, ICAL_STATUS_PROPERTY);
+        icalproperty* status = ical().componentGetFirstProperty(component, ICAL_STATUS_PROPERTY);
         item.completed =
-            (status && icalproperty_get_status(status) == ICAL_STATUS_COMPLETED) ||
-            icalcomponent_get_first_property(component, ICAL_COMPLETED_PROPERTY) != nullptr;
+            (status && ical().propertyGetStatus(status) == ICAL_STATUS_COMPLETED) ||
+            ical().componentGetFirstProperty(component, ICAL_COMPLETED_PROPERTY) != nullptr;
     }
     return item;
 }
@@ -105,15 +106,15 @@ std::optional<IcsItem> readItem(icalcomponent* component,
 
 std::shared_ptr<IcsFile> parseIcs(const std::string& text, const fs::path& path,
                                   const personal::GregorianCalendar& calendar) {
-    std::shared_ptr<icalcomponent> root(icalparser_parse_string(text.c_str()), ComponentFree{});
-    if (!root || icalcomponent_isa(root.get()) != ICAL_VCALENDAR_COMPONENT) return nullptr;
+    std::shared_ptr<icalcomponent> root(ical().parserParseString(text.c_str()), ComponentFree{});
+    if (!root || ical().componentIsa(root.get()) != ICAL_VCALENDAR_COMPONENT) return nullptr;
     auto file = std::make_shared<IcsFile>();
     file->path = path;
     file->root = root;
     for (const auto& [kind, isEvent] :
          {std::pair{ICAL_VEVENT_COMPONENT, true}, std::pair{ICAL_VTODO_COMPONENT, false}}) {
-        for (icalcomponent* component = icalcomponent_get_first_component(root.get(), kind);
-             component; component = icalcomponent_get_next_component(root.get(), kind)) {
+        for (icalcomponent* component = ical().componentGetFirstComponent(root.get(), kind);
+             component; component = ical().componentGetNextComponent(root.get(), kind)) {
             auto item = readItem(component, calendar, isEvent);
             if (!item) return nullptr;
             (isEvent ? file->events : file->todos).push_back(std::move(*item));

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "base/cancellation.h"
+#include "base/shared_library.h"
 #include "base/text.h"
 #include "desktop/metadata_predicate.h"
 #include "platform/linux/file_walk_search.h"
@@ -25,6 +26,38 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr const char* minerService = "org.freedesktop.Tracker3.Miner.Files";
+
+// libtracker-sparql, opened on the first search: with SQLite, JSON-GLib and a stemmer behind it,
+// it would cost every start otherwise.
+struct TrackerLibrary {
+    TrackerLibrary() : library("libtracker-sparql-3.0.so.0") {
+        library.resolve(escapeString, "tracker_sparql_escape_string");
+        library.resolve(busNew, "tracker_sparql_connection_bus_new_async");
+        library.resolve(busNewFinish, "tracker_sparql_connection_bus_new_finish");
+        library.resolve(query, "tracker_sparql_connection_query_async");
+        library.resolve(queryFinish, "tracker_sparql_connection_query_finish");
+        library.resolve(next, "tracker_sparql_cursor_next_async");
+        library.resolve(nextFinish, "tracker_sparql_cursor_next_finish");
+        library.resolve(string, "tracker_sparql_cursor_get_string");
+    }
+
+    base::SharedLibrary library;
+    decltype(&::tracker_sparql_escape_string) escapeString = nullptr;
+    decltype(&::tracker_sparql_connection_bus_new_async) busNew = nullptr;
+    decltype(&::tracker_sparql_connection_bus_new_finish) busNewFinish = nullptr;
+    decltype(&::tracker_sparql_connection_query_async) query = nullptr;
+    decltype(&::tracker_sparql_connection_query_finish) queryFinish = nullptr;
+    decltype(&::tracker_sparql_cursor_next_async) next = nullptr;
+    decltype(&::tracker_sparql_cursor_next_finish) nextFinish = nullptr;
+    decltype(&::tracker_sparql_cursor_get_string) string = nullptr;
+};
+
+// Throws base::SharedLibraryError where the library is not installed.
+const TrackerLibrary& tracker() {
+    // Never unloaded: GLib keeps its types registered for the life of the process.
+    static const TrackerLibrary* const api = new TrackerLibrary();
+    return *api;
+}
 
 template <typename T>
 struct GObjectDeleter {
@@ -97,7 +130,7 @@ std::string sparqlQuery(const std::vector<std::string>& scopes) {
         if (!uri) continue;
         std::string prefix(uri.get());
         if (!prefix.ends_with('/')) prefix += '/';
-        OwnedText escaped(tracker_sparql_escape_string(prefix.c_str()));
+        OwnedText escaped(tracker().escapeString(prefix.c_str()));
         within += std::string(within.empty() ? "" : " || ") + "STRSTARTS(?url, \"" + escaped.get() +
                   "\")";
     }
@@ -157,45 +190,41 @@ std::optional<std::vector<desktop::MetadataItem>> askIndex(
     if (!running) return std::nullopt;
 
     const Owned<GAsyncResult> made = await([&](GAsyncReadyCallback done, gpointer slot) {
-        tracker_sparql_connection_bus_new_async(minerService, nullptr, bus, await.cancellable(),
-                                                done, slot);
+        tracker().busNew(minerService, nullptr, bus, await.cancellable(), done, slot);
     });
-    Owned<TrackerSparqlConnection> connection(
-        tracker_sparql_connection_bus_new_finish(made.get(), &error));
+    Owned<TrackerSparqlConnection> connection(tracker().busNewFinish(made.get(), &error));
     g_clear_error(&error);
     if (!connection) return std::nullopt;
 
     const Owned<GAsyncResult> asked = await([&](GAsyncReadyCallback done, gpointer slot) {
-        tracker_sparql_connection_query_async(connection.get(), query.c_str(), await.cancellable(),
-                                              done, slot);
+        tracker().query(connection.get(), query.c_str(), await.cancellable(), done, slot);
     });
-    Owned<TrackerSparqlCursor> cursor(
-        tracker_sparql_connection_query_finish(connection.get(), asked.get(), &error));
+    Owned<TrackerSparqlCursor> cursor(tracker().queryFinish(connection.get(), asked.get(), &error));
     g_clear_error(&error);
     if (!cursor) return std::nullopt;
 
     std::vector<desktop::MetadataItem> items;
     while (true) {
         const Owned<GAsyncResult> step = await([&](GAsyncReadyCallback done, gpointer slot) {
-            tracker_sparql_cursor_next_async(cursor.get(), await.cancellable(), done, slot);
+            tracker().next(cursor.get(), await.cancellable(), done, slot);
         });
-        const gboolean more = tracker_sparql_cursor_next_finish(cursor.get(), step.get(), &error);
+        const gboolean more = tracker().nextFinish(cursor.get(), step.get(), &error);
         if (error) {
             g_clear_error(&error);
             return std::nullopt;
         }
         if (!more) break;
-        OwnedText path(g_filename_from_uri(
-            tracker_sparql_cursor_get_string(cursor.get(), 0, nullptr), nullptr, nullptr));
+        OwnedText path(
+            g_filename_from_uri(tracker().string(cursor.get(), 0, nullptr), nullptr, nullptr));
         if (!path || !walkReaches(path.get(), scopeDirectories)) continue;
         const std::string name = fs::path(path.get()).filename().string();
         if (name.starts_with('.') || !base::text::isValidUtf8(name)) continue;
-        const gchar* mime = tracker_sparql_cursor_get_string(cursor.get(), 2, nullptr);
+        const gchar* mime = tracker().string(cursor.get(), 2, nullptr);
         const bool isFolder = mime && std::string_view(mime) == "inode/directory";
         desktop::MetadataItem item{
             .path = path.get(),
             .fsName = name,
-            .modificationDate = dateOf(tracker_sparql_cursor_get_string(cursor.get(), 1, nullptr))};
+            .modificationDate = dateOf(tracker().string(cursor.get(), 1, nullptr))};
         const desktop::MetadataAttributes attributes{
             .fsName = name,
             .path = *item.path,
@@ -227,6 +256,12 @@ struct Answer {
 std::optional<std::vector<desktop::MetadataItem>> trackerMetadataQuery(
     GDBusConnection* bus, const std::string& predicateFormat,
     const std::vector<std::string>& scopeDirectories, double timeout) {
+    try {
+        tracker();
+    } catch (const base::SharedLibraryError&) {
+        // Without the library there is no index to ask; the walk still finds the files.
+        return std::nullopt;
+    }
     auto predicate = desktop::MetadataPredicate::parse(predicateFormat);
     std::string query = sparqlQuery(scopeDirectories);
     if (!bus || !predicate || query.empty()) return std::nullopt;

@@ -18,7 +18,8 @@ typedef struct _GDBusConnection GDBusConnection;
 namespace nuvrel::platform {
 
 // Nothing when the index does not answer within `timeout` seconds: no miner on the bus, a
-// failing or slow one, or a predicate outside the subset. The caller then walks.
+// failing or slow one, a predicate outside the subset, or no libtracker-sparql installed (it is
+// opened on the first call). The caller then walks.
 std::optional<std::vector<desktop::MetadataItem>> trackerMetadataQuery(
     GDBusConnection* bus, const std::string& predicateFormat,
     const std::vector<std::string>& scopeDirectories, double timeout);

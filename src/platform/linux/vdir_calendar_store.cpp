@@ -8,6 +8,7 @@
 #include "base/regex.h"
 #include "base/text.h"
 #include "personal/timer_capability.h"
+#include "platform/linux/ical_library.h"
 
 namespace nuvrel::platform {
 namespace {
@@ -70,23 +71,23 @@ bool overlaps(TimePoint start, TimePoint end, TimePoint from, TimePoint to) {
 void expand(const IcsItem& master, const std::set<TimePoint>& moved, TimePoint from, TimePoint to,
             const personal::GregorianCalendar& calendar,
             const std::function<void(TimePoint, TimePoint)>& add) {
-    icalrecurrencetype rule = icalrecurrencetype_from_string(master.rrule->c_str());
+    icalrecurrencetype rule = ical().recurrencetypeFromString(master.rrule->c_str());
     if (rule.freq == ICAL_NO_RECURRENCE) return;
-    icalrecur_iterator* iterator = icalrecur_iterator_new(rule, master.startTime);
+    icalrecur_iterator* iterator = ical().recurIteratorNew(rule, master.startTime);
     if (!iterator) return;
     const auto length = master.end - *master.start;
     for (int n = 0; n < maxOccurrences; ++n) {
-        icaltimetype next = icalrecur_iterator_next(iterator);
-        if (icaltime_is_null_time(next)) break;
+        icaltimetype next = ical().recurIteratorNext(iterator);
+        if (ical().timeIsNullTime(next)) break;
         next.zone = master.startTime.zone;
         std::optional<TimePoint> start;
         if (next.is_date) {
             start = calendar.date(next.year, next.month, next.day);
-        } else if (!next.zone && !icaltime_is_utc(next)) {
+        } else if (!next.zone && !ical().timeIsUtc(next)) {
             start = calendar.date(next.year, next.month, next.day, next.hour, next.minute);
         } else {
-            start = std::chrono::system_clock::from_time_t(icaltime_as_timet_with_zone(
-                next, next.zone ? next.zone : icaltimezone_get_utc_timezone()));
+            start = std::chrono::system_clock::from_time_t(ical().timeAsTimetWithZone(
+                next, next.zone ? next.zone : ical().timezoneGetUtcTimezone()));
         }
         if (!start) continue;
         if (*start >= to) break;
@@ -99,7 +100,7 @@ void expand(const IcsItem& master, const std::set<TimePoint>& moved, TimePoint f
         }
         if (overlaps(*start, end, from, to)) add(*start, end);
     }
-    icalrecur_iterator_free(iterator);
+    ical().recurIteratorFree(iterator);
 }
 
 }  // namespace
@@ -149,44 +150,44 @@ std::vector<StoredEvent> VdirCalendarStore::events(TimePoint from, TimePoint to)
 icalproperty* zonedTimeProperty(icalproperty_kind kind, TimePoint when, bool isDate,
                                 const personal::GregorianCalendar& calendar,
                                 icalcomponent* vcalendar) {
-    icalproperty* property = icalproperty_new(kind);
+    icalproperty* property = ical().propertyNew(kind);
     const personal::DateParts parts = calendar.parts(when);
     if (isDate) {
-        icaltimetype date = icaltime_null_date();
+        icaltimetype date = ical().timeNullDate();
         date.year = parts.year;
         date.month = parts.month;
         date.day = parts.day;
-        icalproperty_set_value(property, icalvalue_new_date(date));
+        ical().propertySetValue(property, ical().valueNewDate(date));
         return property;
     }
-    icaltimezone* zone = icaltimezone_get_builtin_timezone(calendar.zoneID().c_str());
+    icaltimezone* zone = ical().timezoneGetBuiltinTimezone(calendar.zoneID().c_str());
     if (!zone) {
         const time_t seconds = std::chrono::system_clock::to_time_t(when);
-        icalproperty_set_value(property, icalvalue_new_datetime(icaltime_from_timet_with_zone(
-                                             seconds, 0, icaltimezone_get_utc_timezone())));
+        ical().propertySetValue(property, ical().valueNewDatetime(ical().timeFromTimetWithZone(
+                                              seconds, 0, ical().timezoneGetUtcTimezone())));
         return property;
     }
     // The TZID as other calendars write it ("Asia/Seoul"), not with libical's own prefix.
     const char* tzid = calendar.zoneID().c_str();
-    if (!icalcomponent_get_first_component(vcalendar, ICAL_VTIMEZONE_COMPONENT)) {
-        icalcomponent* vtimezone = icalcomponent_new_clone(icaltimezone_get_component(zone));
-        if (icalproperty* id = icalcomponent_get_first_property(vtimezone, ICAL_TZID_PROPERTY))
-            icalproperty_set_tzid(id, tzid);
-        icalcomponent_add_component(vcalendar, vtimezone);
+    if (!ical().componentGetFirstComponent(vcalendar, ICAL_VTIMEZONE_COMPONENT)) {
+        icalcomponent* vtimezone = ical().componentNewClone(ical().timezoneGetComponent(zone));
+        if (icalproperty* id = ical().componentGetFirstProperty(vtimezone, ICAL_TZID_PROPERTY))
+            ical().propertySetTzid(id, tzid);
+        ical().componentAddComponent(vcalendar, vtimezone);
     }
-    icaltimetype local = icaltime_null_time();
+    icaltimetype local = ical().timeNullTime();
     local.year = parts.year;
     local.month = parts.month;
     local.day = parts.day;
     local.hour = parts.hour;
     local.minute = parts.minute;
-    icalproperty_set_value(property, icalvalue_new_datetime(local));
-    icalproperty_add_parameter(property, icalparameter_new_tzid(tzid));
+    ical().propertySetValue(property, ical().valueNewDatetime(local));
+    ical().propertyAddParameter(property, ical().parameterNewTzid(tzid));
     return property;
 }
 
 void writeCalendarFile(const fs::path& path, icalcomponent* vcalendar) {
-    char* text = icalcomponent_as_ical_string_r(vcalendar);
+    char* text = ical().componentAsIcalStringR(vcalendar);
     const std::string bytes(text ? text : "");
     free(text);
     base::writeFileAtomically(path, bytes);
@@ -194,30 +195,30 @@ void writeCalendarFile(const fs::path& path, icalcomponent* vcalendar) {
 
 std::optional<StoredEvent> VdirCalendarStore::addEvent(const personal::NewEvent& event) {
     const personal::GregorianCalendar& calendar = cache_->calendar();
-    icalcomponent* vcalendar = icalcomponent_new(ICAL_VCALENDAR_COMPONENT);
-    icalcomponent_add_property(vcalendar, icalproperty_new_version("2.0"));
-    icalcomponent_add_property(vcalendar, icalproperty_new_prodid("-//Nuvrel//Nuvrel//EN"));
-    icalcomponent* vevent = icalcomponent_new(ICAL_VEVENT_COMPONENT);
+    icalcomponent* vcalendar = ical().componentNew(ICAL_VCALENDAR_COMPONENT);
+    ical().componentAddProperty(vcalendar, ical().propertyNewVersion("2.0"));
+    ical().componentAddProperty(vcalendar, ical().propertyNewProdid("-//Nuvrel//Nuvrel//EN"));
+    icalcomponent* vevent = ical().componentNew(ICAL_VEVENT_COMPONENT);
     const std::string uid = base::text::lower(personal::makeUUIDString());
-    icalcomponent_add_property(vevent, icalproperty_new_uid(uid.c_str()));
-    icalcomponent_add_property(
-        vevent, icalproperty_new_dtstamp(icaltime_from_timet_with_zone(
+    ical().componentAddProperty(vevent, ical().propertyNewUid(uid.c_str()));
+    ical().componentAddProperty(
+        vevent, ical().propertyNewDtstamp(ical().timeFromTimetWithZone(
                     std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()), 0,
-                    icaltimezone_get_utc_timezone())));
-    icalcomponent_add_property(vevent, icalproperty_new_summary(event.title.c_str()));
-    icalcomponent_add_property(vevent, zonedTimeProperty(ICAL_DTSTART_PROPERTY, event.start,
-                                                         event.isAllDay, calendar, vcalendar));
-    icalcomponent_add_property(vevent, zonedTimeProperty(ICAL_DTEND_PROPERTY, event.end,
-                                                         event.isAllDay, calendar, vcalendar));
-    icalcomponent_add_component(vcalendar, vevent);
+                    ical().timezoneGetUtcTimezone())));
+    ical().componentAddProperty(vevent, ical().propertyNewSummary(event.title.c_str()));
+    ical().componentAddProperty(vevent, zonedTimeProperty(ICAL_DTSTART_PROPERTY, event.start,
+                                                          event.isAllDay, calendar, vcalendar));
+    ical().componentAddProperty(vevent, zonedTimeProperty(ICAL_DTEND_PROPERTY, event.end,
+                                                          event.isAllDay, calendar, vcalendar));
+    ical().componentAddComponent(vcalendar, vevent);
     const fs::path path = folders_.newEvents / (uid + ".ics");
     try {
         writeCalendarFile(path, vcalendar);
     } catch (...) {
-        icalcomponent_free(vcalendar);
+        ical().componentFree(vcalendar);
         throw;
     }
-    icalcomponent_free(vcalendar);
+    ical().componentFree(vcalendar);
     IcsItem item;
     item.summary = event.title;
     item.isAllDay = event.isAllDay;
@@ -251,9 +252,9 @@ std::optional<std::string> VdirCalendarStore::removeEvent(const std::string& ide
     const IcsItem* series = nullptr;
     std::vector<icalcomponent*> replaced;
     std::size_t index = 0;
-    for (icalcomponent* vevent = icalcomponent_get_first_component(root, ICAL_VEVENT_COMPONENT);
+    for (icalcomponent* vevent = ical().componentGetFirstComponent(root, ICAL_VEVENT_COMPONENT);
          vevent && index < file->events.size();
-         vevent = icalcomponent_get_next_component(root, ICAL_VEVENT_COMPONENT), ++index) {
+         vevent = ical().componentGetNextComponent(root, ICAL_VEVENT_COMPONENT), ++index) {
         const IcsItem& item = file->events[index];
         if (!item.recurrenceID && item.rrule) {
             master = vevent;
@@ -266,32 +267,32 @@ std::optional<std::string> VdirCalendarStore::removeEvent(const std::string& ide
     if (!master) return std::nullopt;
     if (!title) title = series->summary;
     for (icalcomponent* vevent : replaced) {
-        icalcomponent_remove_component(root, vevent);
-        icalcomponent_free(vevent);
+        ical().componentRemoveComponent(root, vevent);
+        ical().componentFree(vevent);
     }
-    icalproperty* exdate = icalproperty_new(ICAL_EXDATE_PROPERTY);
+    icalproperty* exdate = ical().propertyNew(ICAL_EXDATE_PROPERTY);
     const icaltimetype start = series->startTime;
     icaltimetype excluded;
     if (start.is_date) {
         const personal::DateParts parts = cache_->calendar().parts(occurrence);
-        excluded = icaltime_null_date();
+        excluded = ical().timeNullDate();
         excluded.year = parts.year;
         excluded.month = parts.month;
         excluded.day = parts.day;
     } else if (start.zone) {
-        excluded = icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(occurrence),
-                                                 0, const_cast<icaltimezone*>(start.zone));
+        excluded = ical().timeFromTimetWithZone(std::chrono::system_clock::to_time_t(occurrence), 0,
+                                                const_cast<icaltimezone*>(start.zone));
         excluded.zone = nullptr;
-        icalproperty_add_parameter(
+        ical().propertyAddParameter(
             exdate,
-            icalparameter_new_tzid(icaltimezone_get_tzid(const_cast<icaltimezone*>(start.zone))));
+            ical().parameterNewTzid(ical().timezoneGetTzid(const_cast<icaltimezone*>(start.zone))));
     } else {
-        excluded = icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(occurrence),
-                                                 0, icaltimezone_get_utc_timezone());
+        excluded = ical().timeFromTimetWithZone(std::chrono::system_clock::to_time_t(occurrence), 0,
+                                                ical().timezoneGetUtcTimezone());
     }
-    icalproperty_set_value(
-        exdate, start.is_date ? icalvalue_new_date(excluded) : icalvalue_new_datetime(excluded));
-    icalcomponent_add_property(master, exdate);
+    ical().propertySetValue(
+        exdate, start.is_date ? ical().valueNewDate(excluded) : ical().valueNewDatetime(excluded));
+    ical().componentAddProperty(master, exdate);
     writeCalendarFile(path, root);
     return title;
 }

@@ -5,6 +5,7 @@
 #include "base/files.h"
 #include "base/text.h"
 #include "personal/timer_capability.h"
+#include "platform/linux/ical_library.h"
 #include "platform/linux/vdir_calendar_store.h"
 
 namespace nuvrel::platform {
@@ -18,41 +19,41 @@ std::optional<std::string> VdirReminderStore::addReminder(const personal::NewRem
     const personal::GregorianCalendar& calendar = cache_->calendar();
     const auto dueDay = calendar.date(reminder.due.year, reminder.due.month, reminder.due.day);
     if (!dueDay) return std::nullopt;
-    icalcomponent* vcalendar = icalcomponent_new(ICAL_VCALENDAR_COMPONENT);
-    icalcomponent_add_property(vcalendar, icalproperty_new_version("2.0"));
-    icalcomponent_add_property(vcalendar, icalproperty_new_prodid("-//Nuvrel//Nuvrel//EN"));
-    icalcomponent* vtodo = icalcomponent_new(ICAL_VTODO_COMPONENT);
+    icalcomponent* vcalendar = ical().componentNew(ICAL_VCALENDAR_COMPONENT);
+    ical().componentAddProperty(vcalendar, ical().propertyNewVersion("2.0"));
+    ical().componentAddProperty(vcalendar, ical().propertyNewProdid("-//Nuvrel//Nuvrel//EN"));
+    icalcomponent* vtodo = ical().componentNew(ICAL_VTODO_COMPONENT);
     const std::string uid = base::text::lower(personal::makeUUIDString());
-    const auto utcNow = icaltime_from_timet_with_zone(
+    const auto utcNow = ical().timeFromTimetWithZone(
         std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()), 0,
-        icaltimezone_get_utc_timezone());
-    icalcomponent_add_property(vtodo, icalproperty_new_uid(uid.c_str()));
-    icalcomponent_add_property(vtodo, icalproperty_new_dtstamp(utcNow));
-    icalcomponent_add_property(vtodo, icalproperty_new_summary(reminder.title.c_str()));
-    icalcomponent_add_property(vtodo, icalproperty_new_status(ICAL_STATUS_NEEDSACTION));
+        ical().timezoneGetUtcTimezone());
+    ical().componentAddProperty(vtodo, ical().propertyNewUid(uid.c_str()));
+    ical().componentAddProperty(vtodo, ical().propertyNewDtstamp(utcNow));
+    ical().componentAddProperty(vtodo, ical().propertyNewSummary(reminder.title.c_str()));
+    ical().componentAddProperty(vtodo, ical().propertyNewStatus(ICAL_STATUS_NEEDSACTION));
     const personal::TimePoint due = reminder.alarm.value_or(*dueDay);
-    icalcomponent_add_property(
+    ical().componentAddProperty(
         vtodo, zonedTimeProperty(ICAL_DUE_PROPERTY, due, !reminder.alarm, calendar, vcalendar));
     if (reminder.alarm) {
-        icalcomponent* valarm = icalcomponent_new(ICAL_VALARM_COMPONENT);
-        icalcomponent_add_property(valarm, icalproperty_new_action(ICAL_ACTION_DISPLAY));
-        icalcomponent_add_property(valarm, icalproperty_new_description(reminder.title.c_str()));
+        icalcomponent* valarm = ical().componentNew(ICAL_VALARM_COMPONENT);
+        ical().componentAddProperty(valarm, ical().propertyNewAction(ICAL_ACTION_DISPLAY));
+        ical().componentAddProperty(valarm, ical().propertyNewDescription(reminder.title.c_str()));
         icaltriggertype trigger{};
         trigger.time =
-            icaltime_from_timet_with_zone(std::chrono::system_clock::to_time_t(*reminder.alarm), 0,
-                                          icaltimezone_get_utc_timezone());
-        trigger.duration = icaldurationtype_null_duration();
-        icalcomponent_add_property(valarm, icalproperty_new_trigger(trigger));
-        icalcomponent_add_component(vtodo, valarm);
+            ical().timeFromTimetWithZone(std::chrono::system_clock::to_time_t(*reminder.alarm), 0,
+                                         ical().timezoneGetUtcTimezone());
+        trigger.duration = ical().durationtypeNullDuration();
+        ical().componentAddProperty(valarm, ical().propertyNewTrigger(trigger));
+        ical().componentAddComponent(vtodo, valarm);
     }
-    icalcomponent_add_component(vcalendar, vtodo);
+    ical().componentAddComponent(vcalendar, vtodo);
     try {
         writeCalendarFile(folder_ / (uid + ".ics"), vcalendar);
     } catch (...) {
-        icalcomponent_free(vcalendar);
+        ical().componentFree(vcalendar);
         throw;
     }
-    icalcomponent_free(vcalendar);
+    ical().componentFree(vcalendar);
     return uid;
 }
 

@@ -1,13 +1,12 @@
 #include "platform/posix/document_files.h"
 
-#include <dlfcn.h>
-
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <sstream>
 
+#include "base/shared_library.h"
 #include "base/text.h"
 #include "platform/posix/pdf_text_module.h"
 
@@ -55,7 +54,7 @@ std::optional<fs::path> explicitPath(std::string_view name) {
 }
 
 // Installed beside the program (<prefix>/lib/nuvrel), else where the build put it.
-void* openPdfTextModule() {
+std::optional<base::SharedLibrary> openPdfTextModule() {
     std::vector<fs::path> candidates;
     std::error_code error;
     const fs::path self = fs::read_symlink("/proc/self/exe", error);
@@ -66,32 +65,40 @@ void* openPdfTextModule() {
     candidates.push_back(fs::path(NUVREL_MODULE_DIR) / pdfTextModuleName);
 #endif
     for (const fs::path& candidate : candidates) {
-        if (void* module = ::dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
+        try {
+            return base::SharedLibrary(candidate.string());
+        } catch (const base::SharedLibraryError&) {
+            // The next place, if any.
+        }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 std::optional<std::string> pdfText(const std::string& path) {
-    using TextFn = char* (*)(const char*, int);
-    using FreeFn = void (*)(char*);
     struct Module {
-        TextFn text = nullptr;
-        FreeFn release = nullptr;
+        std::optional<base::SharedLibrary> library;
+        decltype(&::nuvrel_pdf_text) text = nullptr;
+        decltype(&::nuvrel_pdf_text_free) release = nullptr;
     };
     // Opened once and kept for the life of the process.
-    static const Module module = [] {
-        Module found;
-        if (void* handle = openPdfTextModule()) {
-            found.text = reinterpret_cast<TextFn>(::dlsym(handle, "nuvrel_pdf_text"));
-            found.release = reinterpret_cast<FreeFn>(::dlsym(handle, "nuvrel_pdf_text_free"));
+    static const Module* const module = [] {
+        auto* found = new Module{openPdfTextModule(), nullptr, nullptr};
+        try {
+            if (found->library) {
+                found->library->resolve(found->text, "nuvrel_pdf_text");
+                found->library->resolve(found->release, "nuvrel_pdf_text_free");
+            }
+        } catch (const base::SharedLibraryError&) {
+            found->text = nullptr;
+            found->release = nullptr;
         }
         return found;
     }();
-    if (!module.text || !module.release) return std::nullopt;
-    char* extracted = module.text(path.c_str(), documentMaxPages);
+    if (!module->text || !module->release) return std::nullopt;
+    char* extracted = module->text(path.c_str(), documentMaxPages);
     if (!extracted) return std::nullopt;
     std::string text(extracted);
-    module.release(extracted);
+    module->release(extracted);
     if (base::text::trimView(text).empty()) return std::nullopt;
     return text;
 }
