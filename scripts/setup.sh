@@ -16,7 +16,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libicu-dev libcurl4-openssl-dev nlohmann-json3-dev libxml2-dev libssl-dev
   libpoppler-cpp-dev libcpp-httplib-dev libical-dev libglib2.0-dev dbus dbus-daemon
-  libgtest-dev libgmock-dev libbenchmark-dev curl
+  libgtest-dev libgmock-dev libbenchmark-dev curl hyperfine
   libxcb1-dev libxcb-randr0-dev libxcb-ewmh-dev xvfb openbox x11-utils imagemagick
   xclip mpv mpv-mpris
   libsecret-1-dev gnome-keyring help2man libtracker-sparql-3.0-dev libedit-dev
