@@ -57,6 +57,9 @@ std::unique_ptr<GHashTable, HashTableUnref> attributes(const std::string& servic
     return table;
 }
 
+// A temporary's text would be gone before the table is read.
+void attributes(std::string&&, const std::string&) = delete;
+
 const SecretSchema* schema() {
     static const SecretSchema value = {"com.nuvrel.spotlight",
                                        SECRET_SCHEMA_DONT_MATCH_NAME,
@@ -105,7 +108,8 @@ std::optional<std::string> SecretServiceKeychain::secret(std::string_view key) c
                            ") — Firecrawl is left out of web search");
         return std::nullopt;
     }
-    const auto query = attributes(std::string(serviceName), account);
+    const std::string serviceText(serviceName);
+    const auto query = attributes(serviceText, account);
     raw = nullptr;
     GList* items = api->serviceSearch(service, schema(), query.get(), SECRET_SEARCH_LOAD_SECRETS,
                                       nullptr, &raw);
