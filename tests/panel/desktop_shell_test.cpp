@@ -265,9 +265,9 @@ TEST(DesktopShellTest, TheShortcutGoesThroughThePortalOrToTheX11GrabWhenItRefuse
             EXPECT_EQ(boundSession, session);
             EXPECT_EQ(boundId, "toggle");
             EXPECT_EQ(trigger, "ALT+space");  // the settings' default, Alt+Space
-            auto activated = QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
-                                                        "org.freedesktop.portal.GlobalShortcuts",
-                                                        "Activated");
+            auto activated =
+                QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
+                                           "org.freedesktop.portal.GlobalShortcuts", "Activated");
             desktop.connection.send(activated << QVariant::fromValue(QDBusObjectPath(session))
                                               << boundId << qulonglong(0) << QVariantMap());
             EXPECT_TRUE(QTest::qWaitFor([&] { return desktop.panelVisible(); }, 10000));
