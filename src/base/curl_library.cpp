@@ -35,9 +35,7 @@ CurlLibrary::CurlLibrary() : library("libcurl.so.4") {
 }
 
 const CurlLibrary& curl() {
-    // Never destroyed: detached transfers may outlive main, and unloading under them would crash.
-    static const CurlLibrary* const api = new CurlLibrary();
-    return *api;
+    return openedOnce<CurlLibrary>();
 }
 
 }  // namespace nuvrel::base::detail

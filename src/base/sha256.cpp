@@ -33,9 +33,7 @@ struct CryptoLibrary {
 };
 
 const CryptoLibrary& crypto() {
-    // Never unloaded: a digest may still be in use while statics are destroyed at exit.
-    static const CryptoLibrary* const api = new CryptoLibrary();
-    return *api;
+    return openedOnce<CryptoLibrary>();
 }
 
 }  // namespace

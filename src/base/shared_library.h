@@ -67,4 +67,14 @@ private:
     void* handle_ = nullptr;
 };
 
+// The function table `Api` (a struct that holds a SharedLibrary and resolves its members in its
+// constructor), made on the first call and thread-safely shared. Never destroyed: what a library
+// hands out (GLib types, cached time zones, transfers on detached threads, digests in use while
+// statics are destroyed) may outlive main. A constructor that throws is tried again next call.
+template <typename Api>
+const Api& openedOnce() {
+    static const Api* const api = new Api();
+    return *api;
+}
+
 }  // namespace nuvrel::base

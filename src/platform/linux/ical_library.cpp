@@ -60,9 +60,7 @@ IcalLibrary::IcalLibrary() : library("libical.so.3") {
 }
 
 const IcalLibrary& ical() {
-    // Never unloaded: parsed calendars and their zones stay cached for the life of the process.
-    static const IcalLibrary* const api = new IcalLibrary();
-    return *api;
+    return base::openedOnce<IcalLibrary>();
 }
 
 }  // namespace nuvrel::platform

@@ -37,9 +37,7 @@ struct SecretLibrary {
 
 // Throws base::SharedLibraryError where libsecret is not installed (a later call tries again).
 const SecretLibrary& secretLibrary() {
-    // Never unloaded: GLib keeps its types registered for the life of the process.
-    static const SecretLibrary* const api = new SecretLibrary();
-    return *api;
+    return base::openedOnce<SecretLibrary>();
 }
 
 struct HashTableUnref {

@@ -54,9 +54,7 @@ struct TrackerLibrary {
 
 // Throws base::SharedLibraryError where the library is not installed.
 const TrackerLibrary& tracker() {
-    // Never unloaded: GLib keeps its types registered for the life of the process.
-    static const TrackerLibrary* const api = new TrackerLibrary();
-    return *api;
+    return base::openedOnce<TrackerLibrary>();
 }
 
 template <typename T>
