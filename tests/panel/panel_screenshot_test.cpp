@@ -140,15 +140,7 @@ protected:
         return created;
     }
 
-    bool waitUntil(const std::function<bool()>& done) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            queue.drain();
-            QApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return true;
-    }
+    bool waitUntil(const std::function<bool()>& done) { return test::turnLoopsUntil(queue, done); }
 
     // Runs `query`, and compares the panel once its card (or, for "download", the thinking
     // state) is on show.

@@ -50,16 +50,7 @@ protected:
         return created;
     }
 
-    // Turns both loops until `done`, for at most ten seconds.
-    bool waitUntil(const std::function<bool()>& done) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (!done()) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            queue.drain();
-            QApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return true;
-    }
+    bool waitUntil(const std::function<bool()>& done) { return test::turnLoopsUntil(queue, done); }
 
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(panel.field(), static_cast<Qt::Key>(key), modifiers);

@@ -17,6 +17,7 @@
 #include "llm/model_resolution.h"
 #include "support/environment_override.h"
 #include "support/helper_process.h"
+#include "support/private_bus.h"
 #include "support/real_llama_server.h"
 #include "support/temporary_home.h"
 
@@ -57,11 +58,9 @@ TEST(ResidentHost, AnAskUsesThePanelsServerAndQuittingThePanelStopsIt) {
     // No web search behind a routed sentence: nothing leaves the machine.
     nuvrel::base::writeFileAtomically(paths.settingsFile(), R"({"networkFeaturesEnabled":"0"})");
     constexpr int port = 18683;
-    HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
-    const std::string address = bus.readLine(10s).value_or("");
-    ASSERT_FALSE(address.empty());
-    nuvrel::test::EnvironmentOverride environment("DBUS_SESSION_BUS_ADDRESS", address.c_str());
-    environment.set("QT_QPA_PLATFORM", "offscreen");
+    nuvrel::test::PrivateBus bus;
+    ASSERT_FALSE(bus.address.empty());
+    nuvrel::test::EnvironmentOverride environment("QT_QPA_PLATFORM", "offscreen");
     environment.set("XDG_RUNTIME_DIR", home.path().c_str());
     environment.set("NUVREL_DEBUG_ROUTER_PORT", std::to_string(port).c_str());
     const std::string path =

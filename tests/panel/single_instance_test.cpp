@@ -9,6 +9,7 @@
 
 #include "support/environment_override.h"
 #include "support/helper_process.h"
+#include "support/private_bus.h"
 #include "support/temporary_home.h"
 
 namespace {
@@ -43,11 +44,9 @@ int exitStatusOf(HelperProcess& process) {
 
 TEST(SingleInstance, ASecondStartTogglesTheFirstAndEnds) {
     nuvrel::test::TemporaryHome home;
-    HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
-    const std::string address = bus.readLine(10s).value_or("");
-    ASSERT_FALSE(address.empty());
-    nuvrel::test::EnvironmentOverride environment("DBUS_SESSION_BUS_ADDRESS", address.c_str());
-    environment.set("QT_QPA_PLATFORM", "offscreen");
+    nuvrel::test::PrivateBus bus;
+    ASSERT_FALSE(bus.address.empty());
+    nuvrel::test::EnvironmentOverride environment("QT_QPA_PLATFORM", "offscreen");
     environment.set("XDG_RUNTIME_DIR", home.path().c_str());
 
     HelperProcess first{{NUVREL_PANEL_PATH, "--background"}};
@@ -66,15 +65,13 @@ TEST(SingleInstance, ASecondStartTogglesTheFirstAndEnds) {
 // The default shortcut, Alt+Space, grabbed on a real X server and pressed by xdotool.
 TEST(SingleInstance, TheX11ShortcutTogglesThePanel) {
     nuvrel::test::TemporaryHome home;
-    HelperProcess bus{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address"}};
+    nuvrel::test::PrivateBus bus;
     HelperProcess xvfb{
         {"/usr/bin/Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
-    const std::string address = bus.readLine(10s).value_or("");
     const std::string display = ":" + xvfb.readLine(10s).value_or("");
-    ASSERT_FALSE(address.empty());
+    ASSERT_FALSE(bus.address.empty());
     ASSERT_NE(display, ":");
-    nuvrel::test::EnvironmentOverride environment("DBUS_SESSION_BUS_ADDRESS", address.c_str());
-    environment.set("DISPLAY", display.c_str());
+    nuvrel::test::EnvironmentOverride environment("DISPLAY", display.c_str());
     environment.set("QT_QPA_PLATFORM", "xcb");
     environment.set("XDG_RUNTIME_DIR", home.path().c_str());
 

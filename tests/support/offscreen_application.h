@@ -2,7 +2,11 @@
 // The one QApplication of a panel test process, on Qt's offscreen platform.
 
 #include <QApplication>
+#include <chrono>
 #include <cstdlib>
+#include <functional>
+
+#include "base/main_queue.h"
 
 namespace nuvrel::test {
 
@@ -16,6 +20,17 @@ inline QApplication& offscreenApplication() {
     static char* argv[] = {name, nullptr};
     static auto* app = new QApplication(argc, argv);  // lives as long as the process
     return *app;
+}
+
+// Turns the program's main queue and Qt's loop until `done`, for at most ten seconds.
+inline bool turnLoopsUntil(base::MainQueue& queue, const std::function<bool()>& done) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        queue.drain();
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    return true;
 }
 
 }  // namespace nuvrel::test
