@@ -146,6 +146,7 @@ TEST(DesktopShellTest, TheTrayItemOpensSettingsAndQuitsWhereADesktopHostsIt) {
         const auto icon = qvariant_cast<QDBusArgument>(itemProperty("IconPixmap"));
         icon.beginArray();
         EXPECT_FALSE(icon.atEnd()) << "the item carries no icon";
+        icon.endArray();  // each begin holds a reader that only its end frees
         const QString menuPath = qvariant_cast<QDBusObjectPath>(itemProperty("Menu")).path();
 
         // The menu's entries, in order, as the desktop reads them.
@@ -172,6 +173,8 @@ TEST(DesktopShellTest, TheTrayItemOpensSettingsAndQuitsWhereADesktopHostsIt) {
             labels << entry.value("label").toString();
             idOf[labels.last()] = id;
         }
+        root.endArray();
+        root.endStructure();
         EXPECT_EQ(labels, QStringList({QString::fromStdString(strings.placeholder),
                                        QString::fromStdString(strings.settingsLabel),
                                        QString::fromStdString(strings.quitMenuItemLabel)}));
@@ -236,6 +239,8 @@ TEST(DesktopShellTest, TheShortcutGoesThroughThePortalOrToTheX11GrabWhenItRefuse
                 shortcuts.beginArray();
                 shortcuts.beginStructure();
                 shortcuts >> boundId >> shortcut;
+                shortcuts.endStructure();
+                shortcuts.endArray();
                 trigger = shortcut.value("preferred_trigger").toString();
             }
             // The answer follows the reply, on the request's own object.
