@@ -67,7 +67,8 @@ TEST_F(ServerBinaryTest, ProbesEveryPlaceInOrderAndFindsNothingWhenNothingRuns) 
         probed.push_back(path);
         return false;
     };
-    EXPECT_EQ(findServerBinary(search(pathA.string() + ":" + pathB.string(), recording)),
+    // An empty entry would be the current folder: never probed.
+    EXPECT_EQ(findServerBinary(search(pathA.string() + "::" + pathB.string(), recording)),
               std::nullopt);
     EXPECT_EQ(probed,
               (std::vector<fs::path>{
