@@ -155,8 +155,10 @@ TEST(CurrencyCapability, ConvertsWithOneRequestFormatsByCurrencyAndFailsWithOneM
         EXPECT_EQ(services.recorded, (Recorded{{"127.0.0.1/v1/latest", Purpose::currency}}));
     }
     const UserFacingError failure(core::LocalizedStrings::ja().currencyNetworkFailureMessage);
-    const std::pair<int, const char*> broken[] = {
-        {500, R"({"rates":{"KRW":1}})"}, {200, R"({"rates":{"JPY":1}})"}, {200, "[]"}};
+    const std::pair<int, const char*> broken[] = {{500, R"({"rates":{"KRW":1}})"},
+                                                  {302, R"({"rates":{"KRW":1}})"},
+                                                  {200, R"({"rates":{"JPY":1}})"},
+                                                  {200, "[]"}};
     for (const auto& [status, body] : broken) {
         Services services;
         services.rateStatus = status;
