@@ -103,15 +103,19 @@ TEST_F(NetworkActivityLogTest, LoopbackHostsAreNeitherStoredNorWritten) {
     EXPECT_EQ(log.recentEntries(10).size(), 4u);
 }
 
-TEST_F(NetworkActivityLogTest, LoopbackEntriesOfAnOlderFileAreLeftOutWhenRead) {
+// A file of an older version, or edited by hand: its loopback entries are left out, its offsets
+// are taken into account and an explicit null byte count is absent.
+TEST_F(NetworkActivityLogTest, AnOlderFileIsReadWithoutItsLoopbackEntries) {
     base::writeFileAtomically(file, R"([
         {"timestamp":"2026-11-22T07:00:00Z","host":"127.0.0.1","path":"/health","purpose":"webSearch"},
-        {"timestamp":"2026-11-22T06:00:00Z","host":"api.tavily.com","path":"/search","purpose":"webSearch"},
+        {"timestamp":"2026-11-22T07:00:00+09:00","host":"api.tavily.com","path":"/search","purpose":"webSearch","bytes":null},
         {"timestamp":"2026-11-22T05:00:00Z","host":"Localhost","path":"/","purpose":"weather"}])");
     const auto log = logOnFile();
     const auto entries = log.recentEntries(10);
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].host, "api.tavily.com");
+    EXPECT_EQ(entries[0].bytes, std::nullopt);
+    EXPECT_EQ(entries[0].timestamp, start - 9h - 15min - 3s);
     EXPECT_EQ(log.count(24h), 1u);
 }
 
@@ -154,16 +158,6 @@ TEST_F(NetworkActivityLogTest, ADamagedFileReadsAsEmptyAndIsReplacedAtTheNextRec
         ASSERT_EQ(json.size(), 1u) << text;
         EXPECT_EQ(json[0]["host"], "api.frankfurter.app");
     }
-}
-
-TEST_F(NetworkActivityLogTest, AnExplicitNullByteCountReadsAsAbsent) {
-    base::writeFileAtomically(
-        file,
-        R"([{"timestamp":"2026-11-22T07:00:00+09:00","host":"a.com","path":"/","purpose":"weather","bytes":null}])");
-    const auto entries = logOnFile().recentEntries(1);
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].bytes, std::nullopt);
-    EXPECT_EQ(entries[0].timestamp, start - 9h - 15min - 3s) << "the offset is taken into account";
 }
 
 TEST_F(NetworkActivityLogTest, CountsOnlyEntriesWithinTheWindow) {

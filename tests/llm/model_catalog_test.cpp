@@ -75,83 +75,55 @@ TEST(CanonicalRouter, FineTunedRouterPrefixesAreCanonicalEverythingElseInterim) 
     }
 }
 
-TEST_F(ModelCatalogTest, NothingInstalledGivesTheInterimPathWithItsLine) {
-    EXPECT_EQ(models, home.path() / ".local/share/nuvrel/models");
-    recorded.sink->take();
-    const ResolvedModelPath resolved = resolveModelPath(liveFileExists, recorded.diagnostics);
-    const std::string log = recorded.sink->take();
-
-    EXPECT_EQ(resolved, (ResolvedModelPath{models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", true}));
-    EXPECT_EQ(log, "[Nuvrel] fine-tuned router model not found at " +
-                       (models / "nuvrel-nano-router-v5-q4_k_m.gguf").string() +
-                       " — falling back to interim model at " +
-                       (models / "qwen2.5-1.5b-instruct-q4_k_m.gguf").string() + "\n");
-}
-
-TEST_F(ModelCatalogTest, DefaultRouterFileBeatsTheInterimFileSilently) {
-    writeFile(models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", "interim");
-    writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
-    recorded.sink->take();
-    const ResolvedModelPath resolved =
-        resolveModelPath(std::nullopt, models, liveFileExists, recorded.diagnostics);
-    EXPECT_EQ(recorded.sink->take(), "");
-    EXPECT_EQ(resolved, (ResolvedModelPath{models / "nuvrel-nano-router-v5-q4_k_m.gguf", false}));
-}
-
-TEST_F(ModelCatalogTest, PresentSelectionIsUsedWithItsOwnInterimFlag) {
-    writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
-    writeFile(models / "kestrune-mini-router-ep7-q4_k_m.gguf", "mini");
-    writeFile(models / "my-own.gguf", "mine");
-    recorded.sink->take();
-    EXPECT_EQ(resolveModelPath("kestrune-mini-router-ep7-q4_k_m.gguf", models, liveFileExists,
-                               recorded.diagnostics),
-              (ResolvedModelPath{models / "kestrune-mini-router-ep7-q4_k_m.gguf", false}));
-    EXPECT_EQ(resolveModelPath("my-own.gguf", models, liveFileExists, recorded.diagnostics),
-              (ResolvedModelPath{models / "my-own.gguf", true}));
-    EXPECT_EQ(recorded.sink->take(), "");
-}
-
-TEST_F(ModelCatalogTest, EmptyOrAbsentSelectionFallsBackWithoutTheSelectionWarning) {
-    for (const std::optional<std::string>& selection :
-         {std::optional<std::string>(), std::optional<std::string>("")}) {
-        recorded.sink->take();
-        const ResolvedModelPath resolved =
-            resolveModelPath(selection, models, liveFileExists, recorded.diagnostics);
-        const std::string log = recorded.sink->take();
-        EXPECT_TRUE(resolved.isInterim);
-        EXPECT_EQ(log.find("selected model"), std::string::npos) << log;
-        EXPECT_NE(log.find("fine-tuned router model not found"), std::string::npos) << log;
-    }
-}
-
-TEST_F(ModelCatalogTest, MissingSelectionWarnsAndFallsBackToTheDefaultRouter) {
-    writeFile(models / "nuvrel-nano-router-v5-q4_k_m.gguf", "router");
-    recorded.sink->take();
-    const ResolvedModelPath resolved =
-        resolveModelPath("gone.gguf", models, liveFileExists, recorded.diagnostics);
-    const std::string log = recorded.sink->take();
-
-    EXPECT_EQ(resolved, (ResolvedModelPath{models / "nuvrel-nano-router-v5-q4_k_m.gguf", false}));
-    EXPECT_EQ(log, "[Nuvrel] selected model not found at " + (models / "gone.gguf").string() +
-                       " — falling back to default priority (nuvrel-nano → interim, always against "
-                       "the REAL modelsDirectory() regardless of the `modelsDirectory:` argument "
-                       "above — see this function's own doc comment)\n");
-}
-
-TEST_F(ModelCatalogTest, FallbackLooksInTheRealModelsFolderNotTheGivenOne) {
+// Which file the router runs from, for the files installed and the selection, and the lines
+// that say why it is not the one asked for.
+TEST_F(ModelCatalogTest, TheSelectionThenTheRouterThenTheInterimModelAreResolved) {
+    const fs::path router = models / "nuvrel-nano-router-v5-q4_k_m.gguf";
+    const fs::path interim = models / "qwen2.5-1.5b-instruct-q4_k_m.gguf";
+    const fs::path mini = models / "kestrune-mini-router-ep7-q4_k_m.gguf";
     const fs::path elsewhere = home.path() / "elsewhere";
-    writeFile(elsewhere / "nuvrel-nano-router-v5-q4_k_m.gguf", "router in the wrong place");
-    recorded.sink->take();
-    const ResolvedModelPath resolved =
-        resolveModelPath("gone.gguf", elsewhere, liveFileExists, recorded.diagnostics);
-    const std::string log = recorded.sink->take();
-
-    EXPECT_EQ(resolved, (ResolvedModelPath{models / "qwen2.5-1.5b-instruct-q4_k_m.gguf", true}));
-    EXPECT_NE(log.find((elsewhere / "gone.gguf").string()), std::string::npos) << log;
-    EXPECT_NE(log.find("fine-tuned router model not found at " +
-                       (models / "nuvrel-nano-router-v5-q4_k_m.gguf").string()),
-              std::string::npos)
-        << log;
+    const std::string noRouter = "[Nuvrel] fine-tuned router model not found at " +
+                                 router.string() + " — falling back to interim model at " +
+                                 interim.string() + "\n";
+    const auto noSelection = [](const fs::path& selected) {
+        return "[Nuvrel] selected model not found at " + selected.string() +
+               " — falling back to default priority (nuvrel-nano → interim, always against the "
+               "REAL modelsDirectory() regardless of the `modelsDirectory:` argument above — see "
+               "this function's own doc comment)\n";
+    };
+    const struct {
+        std::vector<fs::path> installed;
+        std::optional<std::string> selection;
+        fs::path folder;
+        ResolvedModelPath expected;
+        std::string log;
+    } cases[] = {
+        {{}, std::nullopt, models, {interim, true}, noRouter},
+        {{}, "", models, {interim, true}, noRouter},
+        {{interim, router}, std::nullopt, models, {router, false}, ""},
+        {{router, mini}, mini.filename().string(), models, {mini, false}, ""},
+        {{models / "my-own.gguf"}, "my-own.gguf", models, {models / "my-own.gguf", true}, ""},
+        {{router}, "gone.gguf", models, {router, false}, noSelection(models / "gone.gguf")},
+        // The fallback looks in the real models folder, not the one given.
+        {{elsewhere / router.filename()},
+         "gone.gguf",
+         elsewhere,
+         {interim, true},
+         noSelection(elsewhere / "gone.gguf") + noRouter},
+    };
+    for (const auto& c : cases) {
+        fs::remove_all(models);
+        fs::remove_all(elsewhere);
+        for (const fs::path& file : c.installed) writeFile(file, "gguf");
+        recorded.sink->take();
+        EXPECT_EQ(resolveModelPath(c.selection, c.folder, liveFileExists, recorded.diagnostics),
+                  c.expected)
+            << c.log;
+        EXPECT_EQ(recorded.sink->take(), c.log);
+    }
+    EXPECT_EQ(models, home.path() / ".local/share/nuvrel/models");
+    EXPECT_EQ(resolveModelPath(liveFileExists, recorded.diagnostics),
+              (ResolvedModelPath{interim, true}));
 }
 
 // Listing and names
