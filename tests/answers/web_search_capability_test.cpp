@@ -18,6 +18,7 @@
 #include "core/user_facing_error.h"
 #include "llm/llm_error.h"
 #include "llm/model_catalog.h"
+#include "support/error_of.h"
 #include "support/recording_sink.h"
 #include "support/scripted_backend.h"
 #include "wayfen/searxng_transport.h"
@@ -108,6 +109,14 @@ Fixture fixture(std::function<std::string()> page, std::vector<ScriptedSummarize
     f.capability.summarizer = f.summarizer;
     f.capability.now = inYear2031;
     return f;
+}
+
+wayfen::PageFetcher fetcherOf(std::shared_ptr<ScriptedPages> pages) {
+    return {.transport = std::move(pages),
+            .timeout = 3.5,
+            .maxBytes = 1'572'864,
+            .concurrencyLimit = 3,
+            .sleepFn = base::liveSleep};
 }
 
 std::function<std::string()> serving(std::string html) {
@@ -219,11 +228,7 @@ TEST(WebSearchCapabilityExecute, RecencyYearReachesOnlyTheTransport) {
 TEST(WebSearchCapabilityExecute, WithoutWantAnswerNeitherFetchesNorAsksButLogsLatency) {
     auto f = fixture(serving(resultsPage(fourResults)), {});
     auto pages = std::make_shared<ScriptedPages>(std::map<std::string, std::string>{});
-    f.capability.pageFetcher = wayfen::PageFetcher{.transport = pages,
-                                                   .timeout = 3.5,
-                                                   .maxBytes = 1'572'864,
-                                                   .concurrencyLimit = 3,
-                                                   .sleepFn = base::liveSleep};
+    f.capability.pageFetcher = fetcherOf(pages);
     const nuvrel::test::RecordedDiagnostics recorded;
     f.capability.diagnostics = recorded.diagnostics;
     const core::WebAnswer answer = answerOf(f.capability, "tallest mountain", false);
@@ -330,11 +335,7 @@ TEST(WebSearchCapabilityExecute, FetchedPassagesFeedThePromptWhileSourcesStayAsF
         {"https://peaks.example/everest",
          "<html><body><article><p>" + passage + "</p></article></body></html>"}});
     auto f = fixture(serving(resultsPage(fourResults)), {reply("{\"summary\": \"Everest.\"}")});
-    f.capability.pageFetcher = wayfen::PageFetcher{.transport = pages,
-                                                   .timeout = 3.5,
-                                                   .maxBytes = 1'572'864,
-                                                   .concurrencyLimit = 3,
-                                                   .sleepFn = base::liveSleep};
+    f.capability.pageFetcher = fetcherOf(pages);
     const core::WebAnswer answer = answerOf(f.capability, "tallest mountain");
 
     // The pages of the top three are asked for, the page of the one ranked out never.
@@ -351,24 +352,14 @@ TEST(WebSearchCapabilityExecute, FetchedPassagesFeedThePromptWhileSourcesStayAsF
 
 TEST(WebSearchCapabilityExecute, ChallengeNetworkFailureAndEmptyPageReachTheCard) {
     const auto& en = core::LocalizedStrings::en();
-    auto challenged = fixture(serving(challengePage), {});
-    try {
-        answerOf(challenged.capability, "q");
-        ADD_FAILURE() << "no error for a challenge page";
-    } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error, core::UserFacingError(en.webSearchBlockedMessage,
-                                               en.webSearchBlockedRecovery, true));
-    }
-
-    auto offline =
-        fixture([]() -> std::string { throw std::runtime_error("no route to host"); }, {});
-    try {
-        answerOf(offline.capability, "q");
-        ADD_FAILURE() << "no error for a failed transport";
-    } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error, core::UserFacingError(en.webSearchNetworkFailureMessage,
-                                               en.webSearchNetworkFailureRecovery, true));
-    }
+    const auto errorOf = [](Fixture f) {
+        return nuvrel::test::errorOf<core::UserFacingError>([&] { answerOf(f.capability, "q"); });
+    };
+    EXPECT_EQ(errorOf(fixture(serving(challengePage), {})),
+              core::UserFacingError(en.webSearchBlockedMessage, en.webSearchBlockedRecovery, true));
+    EXPECT_EQ(errorOf(fixture([]() -> std::string { throw std::runtime_error("offline"); }, {})),
+              core::UserFacingError(en.webSearchNetworkFailureMessage,
+                                    en.webSearchNetworkFailureRecovery, true));
 
     // A page of no results: an answer with nothing in it and no latency line.
     auto empty = fixture(serving("<html>nothing here</html>"), {});
@@ -386,14 +377,12 @@ TEST(WebSearchCapabilityExecute, ChallengeNetworkFailureAndEmptyPageReachTheCard
 
     // A plan of another intent is refused before anything is sent.
     auto other = fixture(serving(resultsPage(fourResults)), {});
-    EXPECT_THROW(other.capability.execute(core::FinderQuery{}), core::UserFacingError);
+    const auto refused = nuvrel::test::errorOf<core::UserFacingError>(
+        [&] { other.capability.execute(core::FinderQuery{}); });
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->recoverySuggestion, std::nullopt);
+    EXPECT_FALSE(refused->retryable);
     EXPECT_TRUE(other.transport->queries().empty());
-    try {
-        other.capability.execute(core::FinderQuery{});
-    } catch (const core::UserFacingError& error) {
-        EXPECT_EQ(error.recoverySuggestion, std::nullopt);
-        EXPECT_FALSE(error.retryable);
-    }
 }
 
 TEST(WebSearchCapabilityExecute, CancellationEndsAsCancelledNeverAsACard) {
