@@ -36,17 +36,23 @@ struct RecordingSleep {
     }
 };
 
-LlamaServerBackend backendFor(const ScriptedLlamaServer& server, int retries, base::SleepFn sleep,
-                              double timeoutSeconds = 10.0) {
-    return {*base::Url::parse(server.baseURL()),
+// `pause` is the wait before a retry after a 503, in nanoseconds.
+LlamaServerBackend backendAt(const std::string& address, int retries, base::SleepFn sleep,
+                             double timeoutSeconds = 10.0, std::uint64_t pause = 300'000'000) {
+    return {*base::Url::parse(address),
             std::make_shared<base::HttpSession>(),
             std::string(LlamaServerBackend::modelName),
             0.0,
             256,
             timeoutSeconds,
             retries,
-            300'000'000,
+            pause,
             std::move(sleep)};
+}
+
+LlamaServerBackend backendFor(const ScriptedLlamaServer& server, int retries, base::SleepFn sleep,
+                              double timeoutSeconds = 10.0) {
+    return backendAt(server.baseURL(), retries, std::move(sleep), timeoutSeconds);
 }
 
 TEST(LlamaServerBackend, PostsOneChatCompletionAndReturnsTheContent) {
@@ -194,15 +200,7 @@ TEST(LlamaServerBackend, TransportFailuresPassThroughUnchangedAndUnretried) {
         closedAddress = gone.baseURL();
     }
     RecordingSleep sleep;
-    LlamaServerBackend backend{*base::Url::parse(closedAddress),
-                               std::make_shared<base::HttpSession>(),
-                               "m",
-                               0.0,
-                               8,
-                               5.0,
-                               2,
-                               1'000,
-                               sleep.fn()};
+    auto backend = backendAt(closedAddress, 2, sleep.fn(), 5.0);
     const auto refused =
         test::errorOf<base::HttpError>([&] { backend.complete("s", "u", routerSchema); });
     ASSERT_TRUE(refused);
@@ -214,15 +212,7 @@ TEST(LlamaServerBackend, CancellingTheTaskEndsTheCallWithCancelled) {
     // During the pause after a 503, with the live sleep.
     {
         ScriptedLlamaServer server({test::loadingReply()});
-        LlamaServerBackend backend{*base::Url::parse(server.baseURL()),
-                                   std::make_shared<base::HttpSession>(),
-                                   "m",
-                                   0.0,
-                                   8,
-                                   30.0,
-                                   5,
-                                   20'000'000'000,
-                                   base::liveSleep};
+        auto backend = backendAt(server.baseURL(), 5, base::liveSleep, 30.0, 20'000'000'000);
         const auto start = Clock::now();
         base::Task<std::string> call([&] { return backend.complete("s", "u", routerSchema); });
         ASSERT_TRUE(server.waitForRequests(1, 5s));

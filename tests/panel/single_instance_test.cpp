@@ -62,28 +62,4 @@ TEST(SingleInstance, ASecondStartTogglesTheFirstAndEnds) {
     EXPECT_EQ(panelVisible(), std::nullopt);
 }
 
-// The default shortcut, Alt+Space, grabbed on a real X server and pressed by xdotool.
-TEST(SingleInstance, TheX11ShortcutTogglesThePanel) {
-    nuvrel::test::TemporaryHome home;
-    nuvrel::test::PrivateBus bus;
-    HelperProcess xvfb{
-        {"/usr/bin/Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
-    const std::string display = ":" + xvfb.readLine(10s).value_or("");
-    ASSERT_FALSE(bus.address.empty());
-    ASSERT_NE(display, ":");
-    nuvrel::test::EnvironmentOverride environment("DISPLAY", display.c_str());
-    environment.set("QT_QPA_PLATFORM", "xcb");
-    environment.set("XDG_RUNTIME_DIR", home.path().c_str());
-
-    HelperProcess panel{{NUVREL_PANEL_PATH, "--background"}};
-    ASSERT_EQ(waitForVisible(false), false);
-    for (const bool shown : {true, false}) {
-        HelperProcess press{{"/usr/bin/xdotool", "key", "alt+space"}};
-        EXPECT_EQ(exitStatusOf(press), 0);
-        EXPECT_EQ(waitForVisible(shown), shown);
-    }
-    ::kill(panel.pid(), SIGTERM);
-    EXPECT_EQ(exitStatusOf(panel), 0);
-}
-
 }  // namespace
