@@ -65,10 +65,13 @@ TEST(SystemCommandCapability, EachCommandCallsItsOwnOperation) {
 TEST(SystemCommandCapability, ScreenshotNamesUseTheTwelveHourClock) {
     std::tm time{};
     time.tm_year = 126, time.tm_mon = 2, time.tm_mday = 5;
-    time.tm_hour = 16, time.tm_min = 7, time.tm_sec = 9;
-    EXPECT_EQ(Capability::screenshotFileName(time), "Screenshot 2026-03-05 at 4.07.09 PM.png");
-    time.tm_hour = 0;
-    EXPECT_EQ(Capability::screenshotFileName(time), "Screenshot 2026-03-05 at 12.07.09 AM.png");
+    time.tm_min = 7, time.tm_sec = 9;
+    for (const auto& [hour, clock] :
+         {std::pair{16, "4.07.09 PM"}, {0, "12.07.09 AM"}, {12, "12.07.09 PM"}}) {
+        time.tm_hour = hour;
+        EXPECT_EQ(Capability::screenshotFileName(time),
+                  "Screenshot 2026-03-05 at " + std::string(clock) + ".png");
+    }
 }
 
 }  // namespace
