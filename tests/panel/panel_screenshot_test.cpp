@@ -1,5 +1,5 @@
 // The panel with every kind of card, drawn by the real widgets on Qt's offscreen platform and
-// compared with the saved images in references/.
+// compared with the saved images in testdata/panel-screenshots/.
 #include <gtest/gtest.h>
 
 #include <QApplication>
