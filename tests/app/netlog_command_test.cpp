@@ -10,6 +10,7 @@
 #include "app/network_activity_json.h"
 #include "base/files.h"
 #include "base/time_text.h"
+#include "support/environment_override.h"
 #include "support/temporary_home.h"
 
 namespace nuvrel::app {
@@ -23,26 +24,6 @@ using TimePoint = std::chrono::system_clock::time_point;
 const TimePoint morning =
     TimePoint(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 7h + 15min + 3s;
 
-// Local time is Korea's (UTC+9, no daylight saving) while the object lives.
-class KoreanTimeZone {
-public:
-    KoreanTimeZone() {
-        if (const char* tz = std::getenv("TZ")) saved_ = tz;
-        ::setenv("TZ", "KST-9", 1);
-        ::tzset();
-    }
-    ~KoreanTimeZone() {
-        if (saved_)
-            ::setenv("TZ", saved_->c_str(), 1);
-        else
-            ::unsetenv("TZ");
-        ::tzset();
-    }
-
-private:
-    std::optional<std::string> saved_;
-};
-
 NetlogReport sampleReport() {
     return {{{morning + 5s, "huggingface.co", "/model.gguf", Purpose::modelDownload, 1024},
              {morning, "api.open-meteo.com", "/v1/forecast", Purpose::weather, std::nullopt}},
@@ -52,7 +33,8 @@ NetlogReport sampleReport() {
 }
 
 TEST(NetlogText, ListsEachRequestInLocalTimeWithAlignedColumnsThenTheSummary) {
-    KoreanTimeZone zone;
+    // Local time is Korea's: UTC+9, no daylight saving.
+    const test::EnvironmentOverride zone("TZ", "KST-9");
     EXPECT_EQ(netlogText(sampleReport(), core::LocalizedStrings::en()),
               "Recent activity\n"
               "2026-11-22 16:15:08  huggingface.co      /model.gguf   Model Download\n"

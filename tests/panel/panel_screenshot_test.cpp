@@ -119,7 +119,6 @@ protected:
     PanelScreenshotTest() {
         // What makes rendering vary is pinned: the style, the fonts (the CJK ones for Korean
         // and Japanese), their size, and a caret that does not blink.
-        ::tzset();
         QApplication::setStyle(QStyleFactory::create("Fusion"));
         QFont font("DejaVu Sans");
         font.setFamilies({"DejaVu Sans", "Noto Sans CJK JP"});

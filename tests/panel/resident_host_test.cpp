@@ -80,14 +80,12 @@ TEST(ResidentHost, AnAskUsesThePanelsServerAndQuittingThePanelStopsIt) {
     ASSERT_EQ(servers.size(), 1u) << "the panel started no server of its own";
     ASSERT_TRUE(healthy(port));
 
-    HelperProcess ask(
-        {NUVREL_PATH, "ask", "--json", "--lang", "en", "--no-network", "아 오늘 진짜 피곤하다"});
-    const auto output = ask.readLine(60s);
-    const auto status = ask.waitForExit(60s);
-    ASSERT_TRUE(status && WIFEXITED(*status)) << "the one-shot ask did not end";
-    ASSERT_TRUE(output);
+    const auto ask = nuvrel::test::runToEnd(
+        {NUVREL_PATH, "ask", "--json", "--lang", "en", "--no-network", "아 오늘 진짜 피곤하다"},
+        60s);
+    ASSERT_NE(ask.exitCode, -1) << "the one-shot ask did not end";
     // Routed by the panel's server: it answered, and no second server was started.
-    EXPECT_EQ(output->find("Couldn't reach the local model"), std::string::npos) << *output;
+    EXPECT_EQ(ask.output.find("Couldn't reach the local model"), std::string::npos) << ask.output;
     EXPECT_EQ(serversNaming(home.path().string()), servers) << "the ask started its own server";
     EXPECT_TRUE(healthy(port)) << "the guest stopped the panel's server";
 

@@ -2,9 +2,11 @@
 // Sets or unsets environment variables for one test and puts the old values back.
 
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace nuvrel::test {
 
@@ -35,6 +37,8 @@ private:
         } else {
             ::unsetenv(name);
         }
+        // The C library reads TZ again only when asked to.
+        if (std::string_view(name) == "TZ") ::tzset();
     }
 
     std::map<std::string, std::optional<std::string>> saved_;
